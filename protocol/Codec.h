@@ -1,0 +1,369 @@
+/// @file
+/// Private: the engine that packs and unpacks, unrolled from the tables at compile time.
+///
+/// A run of integers of one version is one check of the room and straight stores: in memory they lie as they
+/// travel, but for the order of their bytes. If the run does not fit, the same integers go one by one through
+/// the buffer's own operations, so that result, cursor and partial output are those of the plain way.
+#ifndef KORVAN_PROTOCOL_CODEC_H
+#define KORVAN_PROTOCOL_CODEC_H
+
+#include "protocol/Schema.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <utility>
+
+namespace cs_relay_msg::codec {
+
+using Korvan::BixReadBuf;
+using Korvan::BixWriteBuf;
+using schema::Field;
+using schema::Kind;
+using schema::Type;
+
+// ---- Fields in memory ----
+
+template <size_t Width>
+struct Unsigned;
+template <>
+struct Unsigned<1> {
+    using type = uint8_t;
+};
+template <>
+struct Unsigned<2> {
+    using type = uint16_t;
+};
+template <>
+struct Unsigned<4> {
+    using type = uint32_t;
+};
+template <>
+struct Unsigned<8> {
+    using type = uint64_t;
+};
+
+/// The type of the bits of field @p I.
+template <const Type& R, size_t I>
+using Bits = typename Unsigned<R.fields[I].width>::type;
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE Bits<R, I> load(const char* record) {
+    Bits<R, I> value;
+    std::memcpy(&value, record + R.fields[I].offset, sizeof(value));
+    return value;
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE void store(char* record, Bits<R, I> value) {
+    std::memcpy(record + R.fields[I].offset, &value, sizeof(value));
+}
+
+/// The count of the array that is field @p I.
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE size_t loadCount(const char* record) {
+    return load<R, static_cast<size_t>(R.fields[I].countField)>(record);
+}
+
+// ---- What is known at compile time ----
+
+/// The end of the run that begins at @p first: integers of one version, or the field at @p first alone.
+constexpr size_t runEnd(const Type& type, size_t first) {
+    size_t end = first + 1;
+    if (type.fields[first].kind == Kind::Scalar) {
+        while (end < type.fieldCount && type.fields[end].kind == Kind::Scalar &&
+               type.fields[end].since == type.fields[first].since) {
+            ++end;
+        }
+    }
+    return end;
+}
+
+/// Whether the record is unrolled into the one that contains it; one with elements of its own is called.
+constexpr bool isInlined(const Type& type) {
+    for (const Field& field : type) {
+        if (field.kind == Kind::RecordArray || field.kind == Kind::Union) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---- Pack ----
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t packScalar(const char* record, BixWriteBuf& out) {
+    const auto value = load<R, I>(record);
+    if constexpr (R.fields[I].isSigned) {
+        return out.writeInt32(static_cast<int32_t>(value));
+    } else if constexpr (sizeof(value) == 1) {
+        return out.writeUInt8(value);
+    } else if constexpr (sizeof(value) == 2) {
+        return out.writeUInt16(value);
+    } else if constexpr (sizeof(value) == 4) {
+        return out.writeUInt32(value);
+    } else {
+        return out.writeUInt64(value);
+    }
+}
+
+template <const Type& R, size_t First, size_t... I>
+KORVAN_ALWAYS_INLINE int32_t packRun(const char* record, BixWriteBuf& out, std::index_sequence<I...>) {
+    constexpr size_t width = (R.fields[First + I].size() + ...);
+    if (Korvan::detail::room(out.position, out.length) >= width) {
+        char* const at = out.beginPtr + out.position;
+        (Korvan::detail::storeBig(at + (R.fields[First + I].offset - R.fields[First].offset),
+                                  load<R, First + I>(record)),
+         ...);
+        out.position += width;
+        return Korvan::BIX_OK;
+    }
+    int32_t result = Korvan::BIX_OK;
+    (void)(((result = packScalar<R, First + I>(record, out)) == Korvan::BIX_OK) && ...);
+    return result;
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t packString(const char* record, BixWriteBuf& out) {
+    constexpr const Field& field = R.fields[I];
+    const char* const text = record + field.offset;
+    const size_t prefix = out.getUsedSize();
+    if (const int32_t result = out.reserve(sizeof(uint32_t))) {
+        return result;
+    }
+    const size_t start = out.getUsedSize();
+    // Only where it is needed, so that a record in read-only memory or shared by threads is left alone.
+    if (text[field.bound - 1] != '\0') {
+        const_cast<char*>(text)[field.bound - 1] = '\0';
+    }
+    if (const int32_t result = out.writeBytes(text, std::strlen(text) + 1)) {
+        return result;
+    }
+    return out.writeUInt32(static_cast<uint32_t>(out.getUsedSize() - start), prefix);
+}
+
+template <const Type& R, size_t I = 0>
+KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, BixWriteBuf& out, uint32_t version);
+
+/// Packs a record that is contained in another.
+template <const Type& R>
+KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, BixWriteBuf& out, uint32_t cutVer) {
+    if constexpr (isInlined(R)) {
+        const uint32_t version = R.effectiveVersion(cutVer);
+        if (version < schema::BASE_VERSION) {
+            return Korvan::BIX_ERR_VERSION_TOO_OLD;
+        }
+        return packFields<R>(record, out, version);
+    } else {
+        return R.pack(record, out, cutVer);
+    }
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t packField(const char* record, BixWriteBuf& out, uint32_t version) {
+    constexpr const Field& field = R.fields[I];
+    const char* const member = record + field.offset;
+    if constexpr (field.kind == Kind::Scalar) {
+        return packRun<R, I>(record, out, std::make_index_sequence<runEnd(R, I) - I>());
+    } else if constexpr (field.kind == Kind::String) {
+        return packString<R, I>(record, out);
+    } else if constexpr (field.kind == Kind::Record) {
+        return packContained<*field.type>(member, out, version);
+    } else {
+        const size_t count = loadCount<R, I>(record);
+        if (count > field.bound) {
+            return Korvan::BIX_ERR_COUNT_OUT_OF_RANGE;
+        }
+        if constexpr (field.kind == Kind::Bytes) {
+            return out.writeBytes(member, count);
+        } else {
+            for (size_t i = 0; i < count; ++i) {
+                if (const int32_t result =
+                        packContained<*field.type>(member + i * field.width, out, version)) {
+                    return result;
+                }
+            }
+            return Korvan::BIX_OK;
+        }
+    }
+}
+
+/// Packs the fields from @p I on.
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, BixWriteBuf& out, uint32_t version) {
+    if constexpr (I < R.fieldCount) {
+        if (version >= R.fields[I].since) {
+            if (const int32_t result = packField<R, I>(record, out, version)) {
+                return result;
+            }
+        }
+        return packFields<R, runEnd(R, I)>(record, out, version);
+    } else {
+        return Korvan::BIX_OK;
+    }
+}
+
+/// Packs a record.
+template <const Type& R>
+int32_t pack(const char* record, BixWriteBuf& buffer, uint32_t cutVer) {
+    const uint32_t version = R.effectiveVersion(cutVer);
+    if (version < schema::BASE_VERSION) {
+        return Korvan::BIX_ERR_VERSION_TOO_OLD;
+    }
+    // A cursor of its own, which the compiler can keep in registers across the stores.
+    BixWriteBuf out(buffer.beginPtr, buffer.length);
+    out.position = buffer.position;
+    const int32_t result = packFields<R>(record, out, version);
+    buffer.position = out.position;
+    return result;
+}
+
+// ---- Unpack ----
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t unpackScalar(char* record, BixReadBuf& in) {
+    auto value = load<R, I>(record);
+    int32_t result = Korvan::BIX_OK;
+    if constexpr (R.fields[I].isSigned) {
+        int32_t number = static_cast<int32_t>(value);
+        result = in.readInt32(number);
+        value = static_cast<uint32_t>(number);
+    } else if constexpr (sizeof(value) == 1) {
+        result = in.readUInt8(value);
+    } else if constexpr (sizeof(value) == 2) {
+        result = in.readUInt16(value);
+    } else if constexpr (sizeof(value) == 4) {
+        result = in.readUInt32(value);
+    } else {
+        result = in.readUInt64(value);
+    }
+    store<R, I>(record, value);
+    return result;
+}
+
+template <const Type& R, size_t First, size_t... I>
+KORVAN_ALWAYS_INLINE int32_t unpackRun(char* record, BixReadBuf& in, std::index_sequence<I...>) {
+    constexpr size_t width = (R.fields[First + I].size() + ...);
+    if (Korvan::detail::room(in.position, in.length) >= width) {
+        const char* const at = in.beginPtr + in.position;
+        (store<R, First + I>(record, Korvan::detail::loadBig<Bits<R, First + I>>(
+                                         at + (R.fields[First + I].offset - R.fields[First].offset))),
+         ...);
+        in.position += width;
+        return Korvan::BIX_OK;
+    }
+    int32_t result = Korvan::BIX_OK;
+    (void)(((result = unpackScalar<R, First + I>(record, in)) == Korvan::BIX_OK) && ...);
+    return result;
+}
+
+template <const Type& R, size_t First, size_t... I>
+KORVAN_ALWAYS_INLINE void defaultRun(char* record, std::index_sequence<I...>) {
+    (store<R, First + I>(record, static_cast<Bits<R, First + I>>(R.fields[First + I].defaultValue)), ...);
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, BixReadBuf& in) {
+    constexpr const Field& field = R.fields[I];
+    uint32_t length = 0;
+    if (const int32_t result = in.readUInt32(length)) {
+        return result;
+    }
+    if (length > in.getLeftSize()) {
+        return Korvan::BIX_ERR_READ_UNDERFLOW;
+    }
+    if (length > field.bound) {
+        return Korvan::BIX_ERR_STRING_TOO_LONG;
+    }
+    if (length == 0) {
+        return Korvan::BIX_ERR_STRING_EMPTY;
+    }
+    // strlen only once the last byte is known to be NUL.
+    const char* const text = in.beginPtr + in.position;
+    const bool wellFormed = text[length - 1] == '\0' && std::strlen(text) + 1 == length;
+    if (const int32_t result = in.readBytes(record + field.offset, length)) {
+        return result;
+    }
+    return wellFormed ? Korvan::BIX_OK : Korvan::BIX_ERR_STRING_MALFORMED;
+}
+
+template <const Type& R, size_t I = 0>
+KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, BixReadBuf& in, uint32_t version);
+
+/// Unpacks a record that is contained in another.
+template <const Type& R>
+KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, BixReadBuf& in, uint32_t cutVer) {
+    if constexpr (isInlined(R)) {
+        const uint32_t version = R.effectiveVersion(cutVer);
+        if (version < schema::BASE_VERSION) {
+            return Korvan::BIX_ERR_VERSION_TOO_OLD;
+        }
+        return unpackFields<R>(record, in, version);
+    } else {
+        return R.unpack(record, in, cutVer);
+    }
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, BixReadBuf& in, uint32_t version) {
+    constexpr const Field& field = R.fields[I];
+    char* const member = record + field.offset;
+    if constexpr (field.kind == Kind::Scalar) {
+        return unpackRun<R, I>(record, in, std::make_index_sequence<runEnd(R, I) - I>());
+    } else if constexpr (field.kind == Kind::String) {
+        return unpackString<R, I>(record, in);
+    } else if constexpr (field.kind == Kind::Record) {
+        return unpackContained<*field.type>(member, in, version);
+    } else {
+        const size_t count = loadCount<R, I>(record);
+        if (count > field.bound) {
+            return Korvan::BIX_ERR_COUNT_OUT_OF_RANGE;
+        }
+        if constexpr (field.kind == Kind::Bytes) {
+            return in.readBytes(member, count);
+        } else {
+            for (size_t i = 0; i < count; ++i) {
+                if (const int32_t result =
+                        unpackContained<*field.type>(member + i * field.width, in, version)) {
+                    return result;
+                }
+            }
+            return Korvan::BIX_OK;
+        }
+    }
+}
+
+/// Unpacks the fields from @p I on.
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, BixReadBuf& in, uint32_t version) {
+    if constexpr (I < R.fieldCount) {
+        if (version >= R.fields[I].since) {
+            if (const int32_t result = unpackField<R, I>(record, in, version)) {
+                return result;
+            }
+        } else if constexpr (R.fields[I].kind == Kind::Scalar) {
+            defaultRun<R, I>(record, std::make_index_sequence<runEnd(R, I) - I>());
+        }
+        return unpackFields<R, runEnd(R, I)>(record, in, version);
+    } else {
+        return Korvan::BIX_OK;
+    }
+}
+
+/// Unpacks a record.
+template <const Type& R>
+int32_t unpack(char* record, BixReadBuf& buffer, uint32_t cutVer) {
+    const uint32_t version = R.effectiveVersion(cutVer);
+    if (version < schema::BASE_VERSION) {
+        return Korvan::BIX_ERR_VERSION_TOO_OLD;
+    }
+    BixReadBuf in(buffer.beginPtr, buffer.length);
+    in.position = buffer.position;
+    const int32_t result = unpackFields<R>(record, in, version);
+    buffer.position = in.position;
+    return result;
+}
+
+} // namespace cs_relay_msg::codec
+
+#endif

@@ -1,0 +1,130 @@
+/// @file
+/// The protocol as data: every record type with its fields, and every command, for tools that work on all of
+/// them.
+///
+/// These tables are the protocol's one home: `pack`, `unpack`, `construct` and `visualize` are made from
+/// them.
+#ifndef KORVAN_PROTOCOL_SCHEMA_H
+#define KORVAN_PROTOCOL_SCHEMA_H
+
+#include "Common/Source/Core/BIX/BixBuf.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace cs_relay_msg::schema {
+
+struct Type;
+
+/// The oldest version of every type.
+inline constexpr uint32_t BASE_VERSION = 1;
+
+/// The version that @p cutVer stands for: itself, or @p currentVersion if it is 0 or above that.
+constexpr uint32_t effectiveVersion(uint32_t cutVer, uint32_t currentVersion) noexcept {
+    return cutVer == 0 || cutVer > currentVersion ? currentVersion : cutVer;
+}
+
+/// What a field is, in memory and on the wire.
+enum class Kind : uint8_t {
+    Scalar,      ///< one integer, most significant byte first
+    Bytes,       ///< an array of bytes: as many as the count field says
+    String,      ///< 4 bytes of length, then the text and its NUL, which the length counts
+    Record,      ///< one record, its wire form inline
+    RecordArray, ///< an array of records: as many as the count field says
+    Union,       ///< the member of the body union that the head's command id selects
+};
+
+/// One field of a record type.
+struct Field {
+    const char* name;      ///< the member's name
+    const char* label;     ///< the name in square brackets, as it stands in text
+    Kind kind;             ///< decides which of the members below have a meaning
+    bool isSigned;         ///< Scalar: two's complement
+    uint8_t labelLength;   ///< characters in the label
+    uint8_t since;         ///< the version that added the field
+    int8_t countField;     ///< Bytes, RecordArray: index of the count field in the same record; otherwise -1
+    uint32_t offset;       ///< bytes before the field in the record's memory
+    uint32_t width;        ///< bytes in memory of the scalar, or of one element of an array or string
+    uint32_t bound;        ///< elements of an array, capacity of a string with its NUL; otherwise 1
+    uint64_t defaultValue; ///< Scalar: what `construct` sets, and `unpack` where the field is not on the wire
+    const Type* type;      ///< Record, RecordArray: the type of the record or element; otherwise null
+
+    /// Bytes in memory.
+    constexpr size_t size() const noexcept { return static_cast<size_t>(width) * bound; }
+
+    /// Scalar: the `printf` format of its text; otherwise null.
+    constexpr const char* format() const noexcept {
+        return kind != Kind::Scalar ? nullptr
+               : width == 1         ? "0x%02x"
+               : width == 8         ? "%lu"
+               : width == 2         ? "%d"
+               : isSigned           ? "%d"
+                                    : "%u";
+    }
+};
+
+/// One record type. The operations take the record by its address, and else are those of Record.h.
+struct Type {
+    const char* name;
+    size_t size; ///< bytes in memory
+    const Field* fields;
+    size_t fieldCount;
+    uint32_t currentVersion;
+    bool zeroDefault; ///< whether `construct` sets every byte of the record to 0
+
+    int32_t (*construct)(void* record);
+    int32_t (*pack)(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer);
+    int32_t (*unpack)(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
+    int32_t (*visualize)(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
+
+    constexpr const Field* begin() const noexcept { return fields; }
+    constexpr const Field* end() const noexcept { return fields + fieldCount; }
+
+    /// The version that @p cutVer stands for.
+    constexpr uint32_t effectiveVersion(uint32_t cutVer) const noexcept {
+        return schema::effectiveVersion(cutVer, currentVersion);
+    }
+};
+
+/// One command: a member of the body union and the id that selects it.
+struct Command {
+    uint8_t id;
+    const char* name;    ///< the union member's name
+    const char* label;   ///< the name in square brackets
+    uint8_t labelLength; ///< characters in the label
+    const Type* type;    ///< the record type of the member
+};
+
+/// A table: so many entries one behind the other, constant and always there.
+template <class T>
+struct Span {
+    const T* data;
+    size_t size;
+
+    constexpr const T* begin() const noexcept { return data; }
+    constexpr const T* end() const noexcept { return data + size; }
+    constexpr const T& operator[](size_t i) const noexcept { return data[i]; }
+};
+
+/// Every record type, `CSRelayMsg` last; a type stands behind those that it contains.
+KORVAN_API Span<const Type*> types() noexcept;
+
+/// Every command in the order of its id.
+KORVAN_API Span<Command> commands() noexcept;
+
+/// The command with this id, or null for an id that is not assigned.
+KORVAN_API const Command* findCommand(long long id) noexcept;
+
+/// The smallest and the largest number of bytes that a valid record takes on the wire.
+struct WireSize {
+    size_t min;
+    size_t max;
+};
+
+/// The wire size at the version that @p cutVer stands for. A message with an unassigned command id is valid:
+/// it is a head alone.
+KORVAN_API WireSize wireSize(const Type& type, uint32_t cutVer) noexcept;
+
+} // namespace cs_relay_msg::schema
+
+#endif
