@@ -89,6 +89,70 @@ constexpr bool isInlined(const Type& type) {
     return true;
 }
 
+// ---- Cursors ----
+
+/// Copies @p count bytes, and no byte more, as most payloads are: short, by two moves that overlap.
+template <size_t Half>
+KORVAN_ALWAYS_INLINE void copyHalves(char* to, const char* from, size_t count) {
+    char first[Half];
+    char last[Half];
+    std::memcpy(first, from, Half);
+    std::memcpy(last, from + count - Half, Half);
+    std::memcpy(to, first, Half);
+    std::memcpy(to + count - Half, last, Half);
+}
+
+/// Copies @p count bytes, and no byte more; the two places may overlap.
+KORVAN_ALWAYS_INLINE void copyBytes(char* to, const char* from, size_t count) {
+    if (count > 32) {
+        std::memmove(to, from, count);
+    } else if (count >= 16) {
+        copyHalves<16>(to, from, count);
+    } else if (count >= 8) {
+        copyHalves<8>(to, from, count);
+    } else if (count >= 4) {
+        copyHalves<4>(to, from, count);
+    } else if (count >= 2) {
+        copyHalves<2>(to, from, count);
+    } else if (count == 1) {
+        *to = *from;
+    }
+}
+
+/// A buffer's cursor, held apart from it so that the compiler can keep it in registers across stores.
+template <class Buffer, class Char>
+struct Cursor {
+    Buffer& buffer;
+    Char* begin;
+    size_t position;
+    size_t end;
+
+    KORVAN_ALWAYS_INLINE explicit Cursor(Buffer& source) : buffer(source) { take(); }
+
+    /// Goes on where the buffer stands. A corrupted buffer has no room, so that all goes the plain way.
+    KORVAN_ALWAYS_INLINE void take() {
+        begin = buffer.beginPtr;
+        position = buffer.position;
+        end = position + Korvan::detail::room(position, buffer.length);
+    }
+    KORVAN_ALWAYS_INLINE void giveBack() { buffer.position = position; }
+
+    KORVAN_ALWAYS_INLINE bool has(size_t count) const { return end - position >= count; }
+    KORVAN_ALWAYS_INLINE Char* at() const { return begin + position; }
+
+    /// Calls @p operation on the buffer itself.
+    template <class Operation>
+    KORVAN_ALWAYS_INLINE int32_t plainly(Operation operation) {
+        giveBack();
+        const int32_t result = operation(buffer);
+        take();
+        return result;
+    }
+};
+
+using Out = Cursor<BixWriteBuf, char>;
+using In = Cursor<BixReadBuf, const char>;
+
 // ---- Pack ----
 
 template <const Type& R, size_t I>
@@ -108,46 +172,75 @@ KORVAN_ALWAYS_INLINE int32_t packScalar(const char* record, BixWriteBuf& out) {
 }
 
 template <const Type& R, size_t First, size_t... I>
-KORVAN_ALWAYS_INLINE int32_t packRun(const char* record, BixWriteBuf& out, std::index_sequence<I...>) {
+KORVAN_ALWAYS_INLINE int32_t packRun(const char* record, Out& out, std::index_sequence<I...>) {
     constexpr size_t width = (R.fields[First + I].size() + ...);
-    if (Korvan::detail::room(out.position, out.length) >= width) {
-        char* const at = out.beginPtr + out.position;
-        (Korvan::detail::storeBig(at + (R.fields[First + I].offset - R.fields[First].offset),
+    if (out.has(width)) {
+        (Korvan::detail::storeBig(out.at() + (R.fields[First + I].offset - R.fields[First].offset),
                                   load<R, First + I>(record)),
          ...);
         out.position += width;
         return Korvan::BIX_OK;
     }
-    int32_t result = Korvan::BIX_OK;
-    (void)(((result = packScalar<R, First + I>(record, out)) == Korvan::BIX_OK) && ...);
-    return result;
+    return out.plainly([&](BixWriteBuf& buffer) {
+        int32_t result = Korvan::BIX_OK;
+        (void)(((result = packScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
+        return result;
+    });
 }
 
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t packString(const char* record, BixWriteBuf& out) {
+KORVAN_ALWAYS_INLINE int32_t packBytes(const char* record, Out& out, size_t count) {
+    const char* const bytes = record + R.fields[I].offset;
+    if (out.has(count)) {
+        copyBytes(out.at(), bytes, count);
+        out.position += count;
+        return Korvan::BIX_OK;
+    }
+    return out.plainly([&](BixWriteBuf& buffer) { return buffer.writeBytes(bytes, count); });
+}
+
+/// The bytes of a text and its NUL. The last character of the array becomes NUL, but is stored to only where
+/// it is not, so that a record in read-only memory or shared by threads is left alone.
+KORVAN_ALWAYS_INLINE size_t terminatedSize(const char* text, size_t capacity) {
+    if (text[capacity - 1] != '\0') {
+        const_cast<char*>(text)[capacity - 1] = '\0';
+    }
+    return std::strlen(text) + 1;
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
     constexpr const Field& field = R.fields[I];
+    constexpr size_t prefix = sizeof(uint32_t);
     const char* const text = record + field.offset;
-    const size_t prefix = out.getUsedSize();
-    if (const int32_t result = out.reserve(sizeof(uint32_t))) {
-        return result;
+    if (out.has(prefix)) {
+        const size_t count = terminatedSize(text, field.bound);
+        if (out.has(prefix + count)) {
+            Korvan::detail::storeBig(out.at(), static_cast<uint32_t>(count));
+            copyBytes(out.at() + prefix, text, count);
+            out.position += prefix + count;
+            return Korvan::BIX_OK;
+        }
     }
-    const size_t start = out.getUsedSize();
-    // Only where it is needed, so that a record in read-only memory or shared by threads is left alone.
-    if (text[field.bound - 1] != '\0') {
-        const_cast<char*>(text)[field.bound - 1] = '\0';
-    }
-    if (const int32_t result = out.writeBytes(text, std::strlen(text) + 1)) {
-        return result;
-    }
-    return out.writeUInt32(static_cast<uint32_t>(out.getUsedSize() - start), prefix);
+    return out.plainly([&](BixWriteBuf& buffer) {
+        const size_t start = buffer.getUsedSize();
+        if (const int32_t result = buffer.reserve(prefix)) {
+            return result;
+        }
+        const size_t count = terminatedSize(text, field.bound);
+        if (const int32_t result = buffer.writeBytes(text, count)) {
+            return result;
+        }
+        return buffer.writeUInt32(static_cast<uint32_t>(count), start);
+    });
 }
 
 template <const Type& R, size_t I = 0>
-KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, BixWriteBuf& out, uint32_t version);
+KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, Out& out, uint32_t version);
 
 /// Packs a record that is contained in another.
 template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, BixWriteBuf& out, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, Out& out, uint32_t cutVer) {
     if constexpr (isInlined(R)) {
         const uint32_t version = R.effectiveVersion(cutVer);
         if (version < schema::BASE_VERSION) {
@@ -155,31 +248,30 @@ KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, BixWriteBuf& out,
         }
         return packFields<R>(record, out, version);
     } else {
-        return R.pack(record, out, cutVer);
+        return out.plainly([&](BixWriteBuf& buffer) { return R.pack(record, buffer, cutVer); });
     }
 }
 
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t packField(const char* record, BixWriteBuf& out, uint32_t version) {
+KORVAN_ALWAYS_INLINE int32_t packField(const char* record, Out& out, uint32_t version) {
     constexpr const Field& field = R.fields[I];
-    const char* const member = record + field.offset;
     if constexpr (field.kind == Kind::Scalar) {
         return packRun<R, I>(record, out, std::make_index_sequence<runEnd(R, I) - I>());
     } else if constexpr (field.kind == Kind::String) {
         return packString<R, I>(record, out);
     } else if constexpr (field.kind == Kind::Record) {
-        return packContained<*field.type>(member, out, version);
+        return packContained<*field.type>(record + field.offset, out, version);
     } else {
         const size_t count = loadCount<R, I>(record);
         if (count > field.bound) {
             return Korvan::BIX_ERR_COUNT_OUT_OF_RANGE;
         }
         if constexpr (field.kind == Kind::Bytes) {
-            return out.writeBytes(member, count);
+            return packBytes<R, I>(record, out, count);
         } else {
-            for (size_t i = 0; i < count; ++i) {
-                if (const int32_t result =
-                        packContained<*field.type>(member + i * field.width, out, version)) {
+            const char* element = record + field.offset;
+            for (size_t i = 0; i < count; ++i, element += field.width) {
+                if (const int32_t result = packContained<*field.type>(element, out, version)) {
                     return result;
                 }
             }
@@ -190,7 +282,7 @@ KORVAN_ALWAYS_INLINE int32_t packField(const char* record, BixWriteBuf& out, uin
 
 /// Packs the fields from @p I on.
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, BixWriteBuf& out, uint32_t version) {
+KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, Out& out, uint32_t version) {
     if constexpr (I < R.fieldCount) {
         if (version >= R.fields[I].since) {
             if (const int32_t result = packField<R, I>(record, out, version)) {
@@ -205,16 +297,14 @@ KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, BixWriteBuf& out, ui
 
 /// Packs a record.
 template <const Type& R>
-int32_t pack(const char* record, BixWriteBuf& buffer, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t pack(const char* record, BixWriteBuf& buffer, uint32_t cutVer) {
     const uint32_t version = R.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return Korvan::BIX_ERR_VERSION_TOO_OLD;
     }
-    // A cursor of its own, which the compiler can keep in registers across the stores.
-    BixWriteBuf out(buffer.beginPtr, buffer.length);
-    out.position = buffer.position;
+    Out out(buffer);
     const int32_t result = packFields<R>(record, out, version);
-    buffer.position = out.position;
+    out.giveBack();
     return result;
 }
 
@@ -242,19 +332,20 @@ KORVAN_ALWAYS_INLINE int32_t unpackScalar(char* record, BixReadBuf& in) {
 }
 
 template <const Type& R, size_t First, size_t... I>
-KORVAN_ALWAYS_INLINE int32_t unpackRun(char* record, BixReadBuf& in, std::index_sequence<I...>) {
+KORVAN_ALWAYS_INLINE int32_t unpackRun(char* record, In& in, std::index_sequence<I...>) {
     constexpr size_t width = (R.fields[First + I].size() + ...);
-    if (Korvan::detail::room(in.position, in.length) >= width) {
-        const char* const at = in.beginPtr + in.position;
+    if (in.has(width)) {
         (store<R, First + I>(record, Korvan::detail::loadBig<Bits<R, First + I>>(
-                                         at + (R.fields[First + I].offset - R.fields[First].offset))),
+                                         in.at() + (R.fields[First + I].offset - R.fields[First].offset))),
          ...);
         in.position += width;
         return Korvan::BIX_OK;
     }
-    int32_t result = Korvan::BIX_OK;
-    (void)(((result = unpackScalar<R, First + I>(record, in)) == Korvan::BIX_OK) && ...);
-    return result;
+    return in.plainly([&](BixReadBuf& buffer) {
+        int32_t result = Korvan::BIX_OK;
+        (void)(((result = unpackScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
+        return result;
+    });
 }
 
 template <const Type& R, size_t First, size_t... I>
@@ -263,13 +354,26 @@ KORVAN_ALWAYS_INLINE void defaultRun(char* record, std::index_sequence<I...>) {
 }
 
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, BixReadBuf& in) {
+KORVAN_ALWAYS_INLINE int32_t unpackBytes(char* record, In& in, size_t count) {
+    char* const bytes = record + R.fields[I].offset;
+    if (in.has(count)) {
+        copyBytes(bytes, in.at(), count);
+        in.position += count;
+        return Korvan::BIX_OK;
+    }
+    return in.plainly([&](BixReadBuf& buffer) { return buffer.readBytes(bytes, count); });
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, In& in) {
     constexpr const Field& field = R.fields[I];
     uint32_t length = 0;
-    if (const int32_t result = in.readUInt32(length)) {
-        return result;
+    if (!in.has(sizeof(length))) {
+        return in.plainly([&](BixReadBuf& buffer) { return buffer.readUInt32(length); });
     }
-    if (length > in.getLeftSize()) {
+    length = Korvan::detail::loadBig<uint32_t>(in.at());
+    in.position += sizeof(length);
+    if (!in.has(length)) {
         return Korvan::BIX_ERR_READ_UNDERFLOW;
     }
     if (length > field.bound) {
@@ -279,20 +383,18 @@ KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, BixReadBuf& in) {
         return Korvan::BIX_ERR_STRING_EMPTY;
     }
     // strlen only once the last byte is known to be NUL.
-    const char* const text = in.beginPtr + in.position;
-    const bool wellFormed = text[length - 1] == '\0' && std::strlen(text) + 1 == length;
-    if (const int32_t result = in.readBytes(record + field.offset, length)) {
-        return result;
-    }
+    const bool wellFormed = in.at()[length - 1] == '\0' && std::strlen(in.at()) + 1 == length;
+    copyBytes(record + field.offset, in.at(), length);
+    in.position += length;
     return wellFormed ? Korvan::BIX_OK : Korvan::BIX_ERR_STRING_MALFORMED;
 }
 
 template <const Type& R, size_t I = 0>
-KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, BixReadBuf& in, uint32_t version);
+KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, In& in, uint32_t version);
 
 /// Unpacks a record that is contained in another.
 template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, BixReadBuf& in, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, In& in, uint32_t cutVer) {
     if constexpr (isInlined(R)) {
         const uint32_t version = R.effectiveVersion(cutVer);
         if (version < schema::BASE_VERSION) {
@@ -300,31 +402,30 @@ KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, BixReadBuf& in, uint3
         }
         return unpackFields<R>(record, in, version);
     } else {
-        return R.unpack(record, in, cutVer);
+        return in.plainly([&](BixReadBuf& buffer) { return R.unpack(record, buffer, cutVer); });
     }
 }
 
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, BixReadBuf& in, uint32_t version) {
+KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, In& in, uint32_t version) {
     constexpr const Field& field = R.fields[I];
-    char* const member = record + field.offset;
     if constexpr (field.kind == Kind::Scalar) {
         return unpackRun<R, I>(record, in, std::make_index_sequence<runEnd(R, I) - I>());
     } else if constexpr (field.kind == Kind::String) {
         return unpackString<R, I>(record, in);
     } else if constexpr (field.kind == Kind::Record) {
-        return unpackContained<*field.type>(member, in, version);
+        return unpackContained<*field.type>(record + field.offset, in, version);
     } else {
         const size_t count = loadCount<R, I>(record);
         if (count > field.bound) {
             return Korvan::BIX_ERR_COUNT_OUT_OF_RANGE;
         }
         if constexpr (field.kind == Kind::Bytes) {
-            return in.readBytes(member, count);
+            return unpackBytes<R, I>(record, in, count);
         } else {
-            for (size_t i = 0; i < count; ++i) {
-                if (const int32_t result =
-                        unpackContained<*field.type>(member + i * field.width, in, version)) {
+            char* element = record + field.offset;
+            for (size_t i = 0; i < count; ++i, element += field.width) {
+                if (const int32_t result = unpackContained<*field.type>(element, in, version)) {
                     return result;
                 }
             }
@@ -335,7 +436,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, BixReadBuf& in, uint32_t 
 
 /// Unpacks the fields from @p I on.
 template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, BixReadBuf& in, uint32_t version) {
+KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, In& in, uint32_t version) {
     if constexpr (I < R.fieldCount) {
         if (version >= R.fields[I].since) {
             if (const int32_t result = unpackField<R, I>(record, in, version)) {
@@ -352,15 +453,14 @@ KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, BixReadBuf& in, uint32_t
 
 /// Unpacks a record.
 template <const Type& R>
-int32_t unpack(char* record, BixReadBuf& buffer, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t unpack(char* record, BixReadBuf& buffer, uint32_t cutVer) {
     const uint32_t version = R.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return Korvan::BIX_ERR_VERSION_TOO_OLD;
     }
-    BixReadBuf in(buffer.beginPtr, buffer.length);
-    in.position = buffer.position;
+    In in(buffer);
     const int32_t result = unpackFields<R>(record, in, version);
-    buffer.position = in.position;
+    in.giveBack();
     return result;
 }
 

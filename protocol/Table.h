@@ -208,19 +208,13 @@ constexpr bool namesTellTypes(Span<Field> fields) {
     return true;
 }
 
-/// The operations of @p T behind its address.
+/// The operations of @p T behind its address: one out-of-line function each.
 template <class T>
 struct Operations {
-    static int32_t construct(void* record) { return static_cast<T*>(record)->construct(); }
-    static int32_t pack(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer) {
-        return static_cast<const T*>(record)->pack(buffer, cutVer);
-    }
-    static int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer) {
-        return static_cast<T*>(record)->unpack(buffer, cutVer);
-    }
-    static int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep) {
-        return static_cast<const T*>(record)->visualize(buffer, indent, sep);
-    }
+    static int32_t construct(void* record);
+    static int32_t pack(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer);
+    static int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
+    static int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
 };
 
 /// Describes @p T from its table and proves that the two agree. @p members is for a record that holds the

@@ -7,6 +7,8 @@
 
 #include <array>
 #include <cstring>
+#include <iterator>
+#include <type_traits>
 
 // clang-format off
 
@@ -237,97 +239,17 @@ static_assert(CSRelayMsgBody::maxWireSize == CSRelayMsg::maxWireSize - CSRelayMs
 
 } // namespace cs_relay_msg::table
 
-// ---- The operations ----
+// ---- The union ----
 
 namespace cs_relay_msg {
-
-namespace {
 
 using Korvan::BixReadBuf;
 using Korvan::BixWriteBuf;
 using schema::Command;
+using table::Operations;
 using table::typeOf;
 
-/// The steps of an operation on a record of type @p T. The message has its own.
-template <class T>
-struct Steps {
-    static int32_t construct(T& record) {
-        walk::construct(typeOf<T>, reinterpret_cast<char*>(&record));
-        return Korvan::BIX_OK;
-    }
-    static int32_t pack(const T& record, BixWriteBuf& buffer, uint32_t cutVer) {
-        return codec::pack<typeOf<T>>(reinterpret_cast<const char*>(&record), buffer, cutVer);
-    }
-    static int32_t unpack(T& record, BixReadBuf& buffer, uint32_t cutVer) {
-        return codec::unpack<typeOf<T>>(reinterpret_cast<char*>(&record), buffer, cutVer);
-    }
-    static int32_t visualize(const T& record, BixWriteBuf& buffer, int indent, char sep) {
-        return walk::visualize(typeOf<T>, reinterpret_cast<const char*>(&record), buffer, indent, sep);
-    }
-};
-
-/// The message: a head, the member that it selects, and the version in byte 8.
-template <>
-struct Steps<CSRelayMsg> {
-    static constexpr size_t VERSION_BYTE = 8;
-    static constexpr uint32_t VERSION_BYTE_SINCE = 1;
-    static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
-
-    static int32_t construct(CSRelayMsg& message) {
-        message.stHead.construct();
-        return message.stBody.construct(message.stHead.bCmdId); // 0 selects nothing: the body stays as it was
-    }
-
-    static int32_t pack(const CSRelayMsg& message, BixWriteBuf& buffer, uint32_t cutVer) {
-        const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
-        if (version < schema::BASE_VERSION) {
-            return BIX_ERR_VERSION_TOO_OLD;
-        }
-        if (version < VERSION_BYTE_SINCE) {
-            return BIX_ERR_VERSION_FIELD_CUT;
-        }
-        const size_t start = buffer.getUsedSize();
-        if (const int32_t result = message.stHead.pack(buffer, version)) {
-            return result;
-        }
-        if (const int32_t result = message.stBody.pack(message.stHead.bCmdId, buffer, version)) {
-            return result;
-        }
-        return buffer.writeUInt8(static_cast<uint8_t>(version), start + VERSION_BYTE);
-    }
-
-    static int32_t unpack(CSRelayMsg& message, BixReadBuf& buffer, uint32_t /*the sender's version counts*/) {
-        uint8_t version = 0;
-        if (const int32_t result = buffer.readUInt8(version, buffer.getUsedSize() + VERSION_BYTE)) {
-            return result;
-        }
-        if (version < schema::BASE_VERSION || version > typeOf<CSRelayMsg>.currentVersion) {
-            return BIX_ERR_VERSION_OUT_OF_RANGE;
-        }
-        if (version < VERSION_BYTE_SINCE) {
-            return BIX_ERR_VERSION_FIELD_CUT;
-        }
-        if (const int32_t result = message.stHead.unpack(buffer, version)) {
-            return result;
-        }
-        return message.stBody.unpack(message.stHead.bCmdId, buffer, version);
-    }
-
-    static int32_t visualize(const CSRelayMsg& message, BixWriteBuf& buffer, int indent, char sep) {
-        const schema::Field& head = typeOf<CSRelayMsg>.fields[0];
-        const schema::Field& body = typeOf<CSRelayMsg>.fields[1];
-        if (const int32_t result = walk::visualizeHeader(head.label, head.labelLength, buffer, indent, sep)) {
-            return result;
-        }
-        if (const int32_t result = message.stHead.visualize(buffer, walk::deeper(indent), sep)) {
-            return result;
-        }
-        if (const int32_t result = walk::visualizeHeader(body.label, body.labelLength, buffer, indent, sep)) {
-            return result;
-        }
-        return message.stBody.visualize(message.stHead.bCmdId, buffer, walk::deeper(indent), sep);
-    }
-};
+namespace {
 
 /// Runs @p operation on a buffer over plain memory and reports how far it got.
 template <class Buffer, class Char, class Operation>
@@ -343,11 +265,191 @@ KORVAN_ALWAYS_INLINE int32_t flat(Char* memory, size_t size, size_t* usedSize, O
     return result;
 }
 
+KORVAN_ALWAYS_INLINE int32_t packMember(long long selector, const void* storage, BixWriteBuf& buffer,
+                                        uint32_t cutVer) {
+    const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
+    if (version < schema::BASE_VERSION) {
+        return BIX_ERR_VERSION_TOO_OLD;
+    }
+    const Command* command = table::find(selector);
+    return command != nullptr ? command->type->pack(storage, buffer, version) : BIX_OK;
+}
+
+KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, BixReadBuf& buffer,
+                                          uint32_t cutVer) {
+    const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
+    if (version < schema::BASE_VERSION) {
+        return BIX_ERR_VERSION_TOO_OLD;
+    }
+    const Command* command = table::find(selector);
+    return command != nullptr ? command->type->unpack(storage, buffer, version) : BIX_OK;
+}
+
 } // namespace
+
+int32_t CSRelayMsgBody::construct() noexcept {
+    std::memset(static_cast<void*>(this), 0, sizeof(*this));
+    return BIX_OK;
+}
+
+int32_t CSRelayMsgBody::construct(long long selector) noexcept {
+    const Command* command = table::find(selector);
+    return command != nullptr ? command->type->construct(this) : BIX_OK;
+}
+
+int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size_t* usedSize,
+                             uint32_t cutVer) const noexcept {
+    return flat<BixWriteBuf>(memory, size, usedSize,
+                             [&](BixWriteBuf& buffer) { return packMember(selector, this, buffer, cutVer); });
+}
+
+int32_t CSRelayMsgBody::pack(long long selector, BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
+    return packMember(selector, this, buffer, cutVer);
+}
+
+int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t size, size_t* usedSize,
+                               uint32_t cutVer) noexcept {
+    return flat<BixReadBuf>(memory, size, usedSize,
+                            [&](BixReadBuf& buffer) { return unpackMember(selector, this, buffer, cutVer); });
+}
+
+int32_t CSRelayMsgBody::unpack(long long selector, BixReadBuf& buffer, uint32_t cutVer) noexcept {
+    return unpackMember(selector, this, buffer, cutVer);
+}
+
+int32_t CSRelayMsgBody::visualize(long long selector, char* memory, size_t size, size_t* usedSize, int indent,
+                                  char sep) const noexcept {
+    return flat<BixWriteBuf>(memory, size, usedSize,
+                             [&](BixWriteBuf& buffer) { return visualize(selector, buffer, indent, sep); });
+}
+
+int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int indent,
+                                  char sep) const noexcept {
+    const Command* command = table::find(selector);
+    if (command == nullptr) {
+        return BIX_OK;
+    }
+    if (const int32_t result =
+            walk::visualizeHeader(command->label, command->labelLength, buffer, indent, sep)) {
+        return result;
+    }
+    return command->type->visualize(this, buffer, walk::deeper(indent), sep);
+}
+
+// ---- The message: a head, the member that it selects, and the version in byte 8 ----
+
+namespace {
+
+constexpr size_t VERSION_BYTE = 8;
+constexpr uint32_t VERSION_BYTE_SINCE = 1;
+static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
+
+int32_t constructMessage(CSRelayMsg& message) {
+    message.stHead.construct();
+    return message.stBody.construct(message.stHead.bCmdId); // 0 selects nothing: the body stays as it was
+}
+
+KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, BixWriteBuf& buffer, uint32_t cutVer) {
+    const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
+    if (version < schema::BASE_VERSION) {
+        return BIX_ERR_VERSION_TOO_OLD;
+    }
+    if (version < VERSION_BYTE_SINCE) {
+        return BIX_ERR_VERSION_FIELD_CUT;
+    }
+    const size_t start = buffer.getUsedSize();
+    const auto* head = reinterpret_cast<const char*>(&message.stHead);
+    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(head, buffer, version)) {
+        return result;
+    }
+    if (const int32_t result = packMember(message.stHead.bCmdId, &message.stBody, buffer, version)) {
+        return result;
+    }
+    return buffer.writeUInt8(static_cast<uint8_t>(version), start + VERSION_BYTE);
+}
+
+/// The sender's version counts, so there is no cut-off to give.
+KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, BixReadBuf& buffer) {
+    uint8_t version = 0;
+    if (const int32_t result = buffer.readUInt8(version, buffer.getUsedSize() + VERSION_BYTE)) {
+        return result;
+    }
+    if (version < schema::BASE_VERSION || version > typeOf<CSRelayMsg>.currentVersion) {
+        return BIX_ERR_VERSION_OUT_OF_RANGE;
+    }
+    if (version < VERSION_BYTE_SINCE) {
+        return BIX_ERR_VERSION_FIELD_CUT;
+    }
+    auto* head = reinterpret_cast<char*>(&message.stHead);
+    if (const int32_t result = codec::unpack<typeOf<CSRelayMsgHead>>(head, buffer, version)) {
+        return result;
+    }
+    return unpackMember(message.stHead.bCmdId, &message.stBody, buffer, version);
+}
+
+int32_t visualizeMessage(const CSRelayMsg& message, BixWriteBuf& buffer, int indent, char sep) {
+    const schema::Field& head = typeOf<CSRelayMsg>.fields[0];
+    const schema::Field& body = typeOf<CSRelayMsg>.fields[1];
+    if (const int32_t result = walk::visualizeHeader(head.label, head.labelLength, buffer, indent, sep)) {
+        return result;
+    }
+    if (const int32_t result = message.stHead.visualize(buffer, walk::deeper(indent), sep)) {
+        return result;
+    }
+    if (const int32_t result = walk::visualizeHeader(body.label, body.labelLength, buffer, indent, sep)) {
+        return result;
+    }
+    return message.stBody.visualize(message.stHead.bCmdId, buffer, walk::deeper(indent), sep);
+}
+
+} // namespace
+
+// ---- The operations of every record: out of line, one function per record and operation ----
+
+namespace table {
+
+template <class T>
+int32_t Operations<T>::construct(void* record) {
+    if constexpr (std::is_same_v<T, CSRelayMsg>) {
+        return constructMessage(*static_cast<T*>(record));
+    } else {
+        walk::construct(typeOf<T>, static_cast<char*>(record));
+        return BIX_OK;
+    }
+}
+
+template <class T>
+int32_t Operations<T>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
+    if constexpr (std::is_same_v<T, CSRelayMsg>) {
+        return packMessage(*static_cast<const T*>(record), buffer, cutVer);
+    } else {
+        return codec::pack<typeOf<T>>(static_cast<const char*>(record), buffer, cutVer);
+    }
+}
+
+template <class T>
+int32_t Operations<T>::unpack(void* record, BixReadBuf& buffer, uint32_t cutVer) {
+    if constexpr (std::is_same_v<T, CSRelayMsg>) {
+        return unpackMessage(*static_cast<T*>(record), buffer);
+    } else {
+        return codec::unpack<typeOf<T>>(static_cast<char*>(record), buffer, cutVer);
+    }
+}
+
+template <class T>
+int32_t Operations<T>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
+    if constexpr (std::is_same_v<T, CSRelayMsg>) {
+        return visualizeMessage(*static_cast<const T*>(record), buffer, indent, sep);
+    } else {
+        return walk::visualize(typeOf<T>, static_cast<const char*>(record), buffer, indent, sep);
+    }
+}
+
+} // namespace table
 
 template <class T>
 int32_t Record<T>::construct() noexcept {
-    return Steps<T>::construct(static_cast<T&>(*this));
+    return Operations<T>::construct(static_cast<T*>(this));
 }
 
 template <class T>
@@ -358,7 +460,7 @@ int32_t Record<T>::pack(char* memory, size_t size, size_t* usedSize, uint32_t cu
 
 template <class T>
 int32_t Record<T>::pack(BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
-    return Steps<T>::pack(static_cast<const T&>(*this), buffer, cutVer);
+    return Operations<T>::pack(static_cast<const T*>(this), buffer, cutVer);
 }
 
 template <class T>
@@ -369,7 +471,7 @@ int32_t Record<T>::unpack(const char* memory, size_t size, size_t* usedSize, uin
 
 template <class T>
 int32_t Record<T>::unpack(BixReadBuf& buffer, uint32_t cutVer) noexcept {
-    return Steps<T>::unpack(static_cast<T&>(*this), buffer, cutVer);
+    return Operations<T>::unpack(static_cast<T*>(this), buffer, cutVer);
 }
 
 template <class T>
@@ -381,7 +483,7 @@ int32_t Record<T>::visualize(char* memory, size_t size, size_t* usedSize, int in
 
 template <class T>
 int32_t Record<T>::visualize(BixWriteBuf& buffer, int indent, char sep) const noexcept {
-    return Steps<T>::visualize(static_cast<const T&>(*this), buffer, indent, sep);
+    return Operations<T>::visualize(static_cast<const T*>(this), buffer, indent, sep);
 }
 
 template <class T>
@@ -436,67 +538,6 @@ template struct Record<CSRelaySeekPlayRes>;
 template struct Record<CSRelayStatReq>;
 template struct Record<CSRelayStatRes>;
 template struct Record<CSRelayMsg>;
-
-// ---- The union ----
-
-int32_t CSRelayMsgBody::construct() noexcept {
-    std::memset(static_cast<void*>(this), 0, sizeof(*this));
-    return BIX_OK;
-}
-
-int32_t CSRelayMsgBody::construct(long long selector) noexcept {
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->construct(this) : BIX_OK;
-}
-
-int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size_t* usedSize,
-                             uint32_t cutVer) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return pack(selector, buffer, cutVer); });
-}
-
-int32_t CSRelayMsgBody::pack(long long selector, BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
-    const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
-    if (version < schema::BASE_VERSION) {
-        return BIX_ERR_VERSION_TOO_OLD;
-    }
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->pack(this, buffer, version) : BIX_OK;
-}
-
-int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t size, size_t* usedSize,
-                               uint32_t cutVer) noexcept {
-    return flat<BixReadBuf>(memory, size, usedSize,
-                            [&](BixReadBuf& buffer) { return unpack(selector, buffer, cutVer); });
-}
-
-int32_t CSRelayMsgBody::unpack(long long selector, BixReadBuf& buffer, uint32_t cutVer) noexcept {
-    const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
-    if (version < schema::BASE_VERSION) {
-        return BIX_ERR_VERSION_TOO_OLD;
-    }
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->unpack(this, buffer, version) : BIX_OK;
-}
-
-int32_t CSRelayMsgBody::visualize(long long selector, char* memory, size_t size, size_t* usedSize, int indent,
-                                  char sep) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return visualize(selector, buffer, indent, sep); });
-}
-
-int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int indent,
-                                  char sep) const noexcept {
-    const Command* command = table::find(selector);
-    if (command == nullptr) {
-        return BIX_OK;
-    }
-    if (const int32_t result =
-            walk::visualizeHeader(command->label, command->labelLength, buffer, indent, sep)) {
-        return result;
-    }
-    return command->type->visualize(this, buffer, walk::deeper(indent), sep);
-}
 
 // ---- The tables at run time ----
 
