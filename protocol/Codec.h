@@ -1,5 +1,5 @@
 /// @file
-/// Private: the engine that packs and unpacks, unrolled from the tables at compile time.
+/// Private: the engine that constructs, packs and unpacks, unrolled from the tables at compile time.
 ///
 /// A run of integers of one version is one check of the room and straight stores: in memory they lie as they
 /// travel, but for the order of their bytes. If the run does not fit, the same integers go one by one through
@@ -87,6 +87,43 @@ constexpr bool isInlined(const Type& type) {
         }
     }
     return true;
+}
+
+// ---- Construct ----
+
+template <const Type& R, size_t... I>
+KORVAN_ALWAYS_INLINE void constructFields(char* record, std::index_sequence<I...>);
+
+/// Sets every field to its default.
+template <const Type& R>
+KORVAN_ALWAYS_INLINE void construct(char* record) {
+    if constexpr (R.zeroDefault) {
+        std::memset(record, 0, R.size);
+    } else {
+        constructFields<R>(record, std::make_index_sequence<R.fieldCount>());
+    }
+}
+
+template <const Type& R, size_t I>
+KORVAN_ALWAYS_INLINE void constructField(char* record) {
+    constexpr const Field& field = R.fields[I];
+    char* const member = record + field.offset;
+    if constexpr (field.kind == Kind::Scalar) {
+        store<R, I>(record, static_cast<Bits<R, I>>(field.defaultValue));
+    } else if constexpr (field.kind == Kind::String) {
+        *member = '\0';
+    } else if constexpr (field.kind == Kind::Bytes) {
+        std::memset(member, 0, field.size());
+    } else {
+        for (size_t i = 0; i < field.bound; ++i) {
+            construct<*field.type>(member + i * field.width);
+        }
+    }
+}
+
+template <const Type& R, size_t... I>
+KORVAN_ALWAYS_INLINE void constructFields(char* record, std::index_sequence<I...>) {
+    (constructField<R, I>(record), ...);
 }
 
 // ---- Cursors ----

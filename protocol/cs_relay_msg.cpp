@@ -3,7 +3,7 @@
 #include "protocol/Codec.h"
 #include "protocol/Schema.h"
 #include "protocol/Table.h"
-#include "protocol/TableWalk.h"
+#include "protocol/Visualize.h"
 
 #include <array>
 #include <cstring>
@@ -330,10 +330,10 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
         return BIX_OK;
     }
     if (const int32_t result =
-            walk::visualizeHeader(command->label, command->labelLength, buffer, indent, sep)) {
+            Korvan::detail::headerLine(buffer, {indent, sep, command->label, command->labelLength}, true)) {
         return result;
     }
-    return command->type->visualize(this, buffer, walk::deeper(indent), sep);
+    return command->type->visualize(this, buffer, codec::deeper(indent), sep);
 }
 
 // ---- The message: a head, the member that it selects, and the version in byte 8 ----
@@ -388,18 +388,19 @@ KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, BixReadBuf& buff
 }
 
 int32_t visualizeMessage(const CSRelayMsg& message, BixWriteBuf& buffer, int indent, char sep) {
-    const schema::Field& head = typeOf<CSRelayMsg>.fields[0];
-    const schema::Field& body = typeOf<CSRelayMsg>.fields[1];
-    if (const int32_t result = walk::visualizeHeader(head.label, head.labelLength, buffer, indent, sep)) {
+    const auto headerOf = [&](const schema::Field& field) {
+        return Korvan::detail::headerLine(buffer, {indent, sep, field.label, field.labelLength}, true);
+    };
+    if (const int32_t result = headerOf(typeOf<CSRelayMsg>.fields[0])) {
         return result;
     }
-    if (const int32_t result = message.stHead.visualize(buffer, walk::deeper(indent), sep)) {
+    if (const int32_t result = message.stHead.visualize(buffer, codec::deeper(indent), sep)) {
         return result;
     }
-    if (const int32_t result = walk::visualizeHeader(body.label, body.labelLength, buffer, indent, sep)) {
+    if (const int32_t result = headerOf(typeOf<CSRelayMsg>.fields[1])) {
         return result;
     }
-    return message.stBody.visualize(message.stHead.bCmdId, buffer, walk::deeper(indent), sep);
+    return message.stBody.visualize(message.stHead.bCmdId, buffer, codec::deeper(indent), sep);
 }
 
 } // namespace
@@ -413,7 +414,7 @@ int32_t Operations<T>::construct(void* record) {
     if constexpr (std::is_same_v<T, CSRelayMsg>) {
         return constructMessage(*static_cast<T*>(record));
     } else {
-        walk::construct(typeOf<T>, static_cast<char*>(record));
+        codec::construct<typeOf<T>>(static_cast<char*>(record));
         return BIX_OK;
     }
 }
@@ -441,7 +442,7 @@ int32_t Operations<T>::visualize(const void* record, BixWriteBuf& buffer, int in
     if constexpr (std::is_same_v<T, CSRelayMsg>) {
         return visualizeMessage(*static_cast<const T*>(record), buffer, indent, sep);
     } else {
-        return walk::visualize(typeOf<T>, static_cast<const char*>(record), buffer, indent, sep);
+        return codec::visualize<typeOf<T>>(static_cast<const char*>(record), buffer, indent, sep);
     }
 }
 
