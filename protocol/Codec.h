@@ -9,6 +9,7 @@
 
 #include "protocol/Schema.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -128,15 +129,15 @@ KORVAN_ALWAYS_INLINE void constructFields(char* record, std::index_sequence<I...
 
 // ---- Cursors ----
 
-/// Copies @p count bytes, and no byte more, as most payloads are: short, by two moves that overlap.
-template <size_t Half>
-KORVAN_ALWAYS_INLINE void copyHalves(char* to, const char* from, size_t count) {
-    char first[Half];
-    char last[Half];
-    std::memcpy(first, from, Half);
-    std::memcpy(last, from + count - Half, Half);
-    std::memcpy(to, first, Half);
-    std::memcpy(to + count - Half, last, Half);
+/// Copies @p count bytes, and no byte more, by two moves of a @p Block that overlap.
+template <class Block>
+KORVAN_ALWAYS_INLINE void copyByTwo(char* to, const char* from, size_t count) {
+    Block first;
+    Block last;
+    std::memcpy(&first, from, sizeof(Block));
+    std::memcpy(&last, from + count - sizeof(Block), sizeof(Block));
+    std::memcpy(to, &first, sizeof(Block));
+    std::memcpy(to + count - sizeof(Block), &last, sizeof(Block));
 }
 
 /// Copies @p count bytes, and no byte more; the two places may overlap.
@@ -144,13 +145,13 @@ KORVAN_ALWAYS_INLINE void copyBytes(char* to, const char* from, size_t count) {
     if (count > 32) {
         std::memmove(to, from, count);
     } else if (count >= 16) {
-        copyHalves<16>(to, from, count);
+        copyByTwo<KORVAN_BLOCK16>(to, from, count);
     } else if (count >= 8) {
-        copyHalves<8>(to, from, count);
+        copyByTwo<uint64_t>(to, from, count);
     } else if (count >= 4) {
-        copyHalves<4>(to, from, count);
+        copyByTwo<uint32_t>(to, from, count);
     } else if (count >= 2) {
-        copyHalves<2>(to, from, count);
+        copyByTwo<uint16_t>(to, from, count);
     } else if (count == 1) {
         *to = *from;
     }

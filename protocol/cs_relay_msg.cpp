@@ -177,6 +177,16 @@ constexpr Command COMMANDS[] = {
 
 constexpr Span<Command> MEMBERS{COMMANDS, std::size(COMMANDS)};
 
+/// The message has operations of its own, inlined into those over plain memory.
+template <>
+struct Operations<CSRelayMsg> {
+    static int32_t construct(void* record);
+    static KORVAN_ALWAYS_INLINE int32_t pack(const void* record, Korvan::BixWriteBuf& buffer,
+                                             uint32_t cutVer);
+    static KORVAN_ALWAYS_INLINE int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
+    static int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
+};
+
 template <>
 inline constexpr Type typeOf<CSRelayMsg> = describe<CSRelayMsg>(MEMBERS);
 
@@ -245,6 +255,7 @@ namespace cs_relay_msg {
 
 using Korvan::BixReadBuf;
 using Korvan::BixWriteBuf;
+using Korvan::detail::headerLine;
 using schema::Command;
 using table::Operations;
 using table::typeOf;
@@ -330,26 +341,51 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
         return BIX_OK;
     }
     if (const int32_t result =
-            Korvan::detail::headerLine(buffer, {indent, sep, command->label, command->labelLength}, true)) {
+            headerLine(buffer, {indent, sep, command->label, command->labelLength}, true)) {
         return result;
     }
     return command->type->visualize(this, buffer, codec::deeper(indent), sep);
 }
 
-// ---- The message: a head, the member that it selects, and the version in byte 8 ----
+// ---- The operations of every record: out of line, one function per record and operation ----
 
-namespace {
+namespace table {
+
+template <class T>
+int32_t Operations<T>::construct(void* record) {
+    codec::construct<typeOf<T>>(static_cast<char*>(record));
+    return BIX_OK;
+}
+
+template <class T>
+int32_t Operations<T>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
+    return codec::pack<typeOf<T>>(static_cast<const char*>(record), buffer, cutVer);
+}
+
+template <class T>
+int32_t Operations<T>::unpack(void* record, BixReadBuf& buffer, uint32_t cutVer) {
+    return codec::unpack<typeOf<T>>(static_cast<char*>(record), buffer, cutVer);
+}
+
+template <class T>
+int32_t Operations<T>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
+    return codec::visualize<typeOf<T>>(static_cast<const char*>(record), buffer, indent, sep);
+}
+
+// ---- Those of the message: a head, the member that it selects, and the version in byte 8 ----
 
 constexpr size_t VERSION_BYTE = 8;
 constexpr uint32_t VERSION_BYTE_SINCE = 1;
 static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
 
-int32_t constructMessage(CSRelayMsg& message) {
+int32_t Operations<CSRelayMsg>::construct(void* record) {
+    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
     message.stHead.construct();
     return message.stBody.construct(message.stHead.bCmdId); // 0 selects nothing: the body stays as it was
 }
 
-KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, BixWriteBuf& buffer, uint32_t cutVer) {
+int32_t Operations<CSRelayMsg>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
+    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
@@ -368,8 +404,9 @@ KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, BixWriteBuf&
     return buffer.writeUInt8(static_cast<uint8_t>(version), start + VERSION_BYTE);
 }
 
-/// The sender's version counts, so there is no cut-off to give.
-KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, BixReadBuf& buffer) {
+/// The version given does not count: the sender's does.
+int32_t Operations<CSRelayMsg>::unpack(void* record, BixReadBuf& buffer, uint32_t /*cutVer*/) {
+    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
     uint8_t version = 0;
     if (const int32_t result = buffer.readUInt8(version, buffer.getUsedSize() + VERSION_BYTE)) {
         return result;
@@ -387,9 +424,10 @@ KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, BixReadBuf& buff
     return unpackMember(message.stHead.bCmdId, &message.stBody, buffer, version);
 }
 
-int32_t visualizeMessage(const CSRelayMsg& message, BixWriteBuf& buffer, int indent, char sep) {
+int32_t Operations<CSRelayMsg>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
+    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
     const auto headerOf = [&](const schema::Field& field) {
-        return Korvan::detail::headerLine(buffer, {indent, sep, field.label, field.labelLength}, true);
+        return headerLine(buffer, {indent, sep, field.label, field.labelLength}, true);
     };
     if (const int32_t result = headerOf(typeOf<CSRelayMsg>.fields[0])) {
         return result;
@@ -403,49 +441,6 @@ int32_t visualizeMessage(const CSRelayMsg& message, BixWriteBuf& buffer, int ind
     return message.stBody.visualize(message.stHead.bCmdId, buffer, codec::deeper(indent), sep);
 }
 
-} // namespace
-
-// ---- The operations of every record: out of line, one function per record and operation ----
-
-namespace table {
-
-template <class T>
-int32_t Operations<T>::construct(void* record) {
-    if constexpr (std::is_same_v<T, CSRelayMsg>) {
-        return constructMessage(*static_cast<T*>(record));
-    } else {
-        codec::construct<typeOf<T>>(static_cast<char*>(record));
-        return BIX_OK;
-    }
-}
-
-template <class T>
-int32_t Operations<T>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
-    if constexpr (std::is_same_v<T, CSRelayMsg>) {
-        return packMessage(*static_cast<const T*>(record), buffer, cutVer);
-    } else {
-        return codec::pack<typeOf<T>>(static_cast<const char*>(record), buffer, cutVer);
-    }
-}
-
-template <class T>
-int32_t Operations<T>::unpack(void* record, BixReadBuf& buffer, uint32_t cutVer) {
-    if constexpr (std::is_same_v<T, CSRelayMsg>) {
-        return unpackMessage(*static_cast<T*>(record), buffer);
-    } else {
-        return codec::unpack<typeOf<T>>(static_cast<char*>(record), buffer, cutVer);
-    }
-}
-
-template <class T>
-int32_t Operations<T>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
-    if constexpr (std::is_same_v<T, CSRelayMsg>) {
-        return visualizeMessage(*static_cast<const T*>(record), buffer, indent, sep);
-    } else {
-        return codec::visualize<typeOf<T>>(static_cast<const char*>(record), buffer, indent, sep);
-    }
-}
-
 } // namespace table
 
 template <class T>
@@ -455,8 +450,9 @@ int32_t Record<T>::construct() noexcept {
 
 template <class T>
 int32_t Record<T>::pack(char* memory, size_t size, size_t* usedSize, uint32_t cutVer) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return pack(buffer, cutVer); });
+    return flat<BixWriteBuf>(memory, size, usedSize, [&](BixWriteBuf& buffer) {
+        return Operations<T>::pack(static_cast<const T*>(this), buffer, cutVer);
+    });
 }
 
 template <class T>
@@ -466,8 +462,9 @@ int32_t Record<T>::pack(BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
 
 template <class T>
 int32_t Record<T>::unpack(const char* memory, size_t size, size_t* usedSize, uint32_t cutVer) noexcept {
-    return flat<BixReadBuf>(memory, size, usedSize,
-                            [&](BixReadBuf& buffer) { return unpack(buffer, cutVer); });
+    return flat<BixReadBuf>(memory, size, usedSize, [&](BixReadBuf& buffer) {
+        return Operations<T>::unpack(static_cast<T*>(this), buffer, cutVer);
+    });
 }
 
 template <class T>

@@ -13,6 +13,7 @@
 #define KORVAN_PACK_BEGIN __pragma(pack(push, 1))
 #define KORVAN_PACK_END __pragma(pack(pop))
 #define KORVAN_PRINTF(index, first)
+#define KORVAN_BLOCK16 std::array<char, 16>
 
 #else
 
@@ -23,6 +24,8 @@
 #define KORVAN_PACK_BEGIN
 #define KORVAN_PACK_END
 #define KORVAN_PRINTF(index, first) __attribute__((format(printf, index, first)))
+/// 16 bytes that travel through one register.
+#define KORVAN_BLOCK16 char __attribute__((vector_size(16)))
 
 #endif
 
