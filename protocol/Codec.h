@@ -21,6 +21,7 @@ using Korvan::BixReadBuf;
 using Korvan::BixWriteBuf;
 using schema::Field;
 using schema::Kind;
+using schema::Progress;
 using schema::Type;
 
 // ---- Fields in memory ----
@@ -157,33 +158,34 @@ KORVAN_ALWAYS_INLINE void copyBytes(char* to, const char* from, size_t count) {
     }
 }
 
-/// A buffer's cursor, held apart from it so that the compiler can keep it in registers across stores.
+/// A buffer's fields, held in registers. Only the plain way makes a buffer of them.
 template <class Buffer, class Char>
 struct Cursor {
-    Buffer& buffer;
     Char* begin;
     size_t position;
-    size_t end;
+    size_t length;
+    size_t end; ///< `length`, or `position` if that is corrupted: there is no room then, and all goes the
+                ///< plain way
 
-    KORVAN_ALWAYS_INLINE explicit Cursor(Buffer& source) : buffer(source) { take(); }
+    KORVAN_ALWAYS_INLINE Cursor(Char* buf, size_t used, size_t size)
+        : begin(buf), position(used), length(size), end(used + Korvan::detail::room(used, size)) {}
 
-    /// Goes on where the buffer stands. A corrupted buffer has no room, so that all goes the plain way.
-    KORVAN_ALWAYS_INLINE void take() {
-        begin = buffer.beginPtr;
-        position = buffer.position;
-        end = position + Korvan::detail::room(position, buffer.length);
-    }
-    KORVAN_ALWAYS_INLINE void giveBack() { buffer.position = position; }
-
-    KORVAN_ALWAYS_INLINE bool has(size_t count) const { return end - position >= count; }
+    KORVAN_ALWAYS_INLINE bool has(uint64_t count) const { return KORVAN_LIKELY(end - position >= count); }
     KORVAN_ALWAYS_INLINE Char* at() const { return begin + position; }
 
-    /// Calls @p operation on the buffer itself.
+    /// Goes on from where an operation on these fields got.
+    KORVAN_ALWAYS_INLINE int32_t follow(Progress progress) {
+        position = progress.position;
+        return progress.result;
+    }
+
+    /// Does @p operation on a buffer, which may assert.
     template <class Operation>
     KORVAN_ALWAYS_INLINE int32_t plainly(Operation operation) {
-        giveBack();
+        Buffer buffer(begin, length);
+        buffer.position = position;
         const int32_t result = operation(buffer);
-        take();
+        position = buffer.position;
         return result;
     }
 };
@@ -219,7 +221,7 @@ KORVAN_ALWAYS_INLINE int32_t packRun(const char* record, Out& out, std::index_se
         out.position += width;
         return Korvan::BIX_OK;
     }
-    return out.plainly([&](BixWriteBuf& buffer) {
+    return out.plainly([=](BixWriteBuf& buffer) {
         int32_t result = Korvan::BIX_OK;
         (void)(((result = packScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
         return result;
@@ -234,7 +236,7 @@ KORVAN_ALWAYS_INLINE int32_t packBytes(const char* record, Out& out, size_t coun
         out.position += count;
         return Korvan::BIX_OK;
     }
-    return out.plainly([&](BixWriteBuf& buffer) { return buffer.writeBytes(bytes, count); });
+    return out.plainly([=](BixWriteBuf& buffer) { return buffer.writeBytes(bytes, count); });
 }
 
 /// The bytes of a text and its NUL. The last character of the array becomes NUL, but is stored to only where
@@ -260,7 +262,7 @@ KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
             return Korvan::BIX_OK;
         }
     }
-    return out.plainly([&](BixWriteBuf& buffer) {
+    return out.plainly([=](BixWriteBuf& buffer) {
         const size_t start = buffer.getUsedSize();
         if (const int32_t result = buffer.reserve(prefix)) {
             return result;
@@ -273,20 +275,16 @@ KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
     });
 }
 
-template <const Type& R, size_t I = 0>
-KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, Out& out, uint32_t version);
+template <const Type& R>
+KORVAN_ALWAYS_INLINE int32_t pack(const void* record, Out& out, uint32_t cutVer);
 
 /// Packs a record that is contained in another.
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, Out& out, uint32_t cutVer) {
     if constexpr (isInlined(R)) {
-        const uint32_t version = R.effectiveVersion(cutVer);
-        if (version < schema::BASE_VERSION) {
-            return Korvan::BIX_ERR_VERSION_TOO_OLD;
-        }
-        return packFields<R>(record, out, version);
+        return pack<R>(record, out, cutVer);
     } else {
-        return out.plainly([&](BixWriteBuf& buffer) { return R.pack(record, buffer, cutVer); });
+        return out.follow(R.packAt(record, out.begin, out.position, out.length, cutVer));
     }
 }
 
@@ -319,7 +317,7 @@ KORVAN_ALWAYS_INLINE int32_t packField(const char* record, Out& out, uint32_t ve
 }
 
 /// Packs the fields from @p I on.
-template <const Type& R, size_t I>
+template <const Type& R, size_t I = 0>
 KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, Out& out, uint32_t version) {
     if constexpr (I < R.fieldCount) {
         if (version >= R.fields[I].since) {
@@ -335,15 +333,12 @@ KORVAN_ALWAYS_INLINE int32_t packFields(const char* record, Out& out, uint32_t v
 
 /// Packs a record.
 template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t pack(const char* record, BixWriteBuf& buffer, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t pack(const void* record, Out& out, uint32_t cutVer) {
     const uint32_t version = R.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return Korvan::BIX_ERR_VERSION_TOO_OLD;
     }
-    Out out(buffer);
-    const int32_t result = packFields<R>(record, out, version);
-    out.giveBack();
-    return result;
+    return packFields<R>(static_cast<const char*>(record), out, version);
 }
 
 // ---- Unpack ----
@@ -379,7 +374,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackRun(char* record, In& in, std::index_sequence
         in.position += width;
         return Korvan::BIX_OK;
     }
-    return in.plainly([&](BixReadBuf& buffer) {
+    return in.plainly([=](BixReadBuf& buffer) {
         int32_t result = Korvan::BIX_OK;
         (void)(((result = unpackScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
         return result;
@@ -399,7 +394,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackBytes(char* record, In& in, size_t count) {
         in.position += count;
         return Korvan::BIX_OK;
     }
-    return in.plainly([&](BixReadBuf& buffer) { return buffer.readBytes(bytes, count); });
+    return in.plainly([=](BixReadBuf& buffer) { return buffer.readBytes(bytes, count); });
 }
 
 template <const Type& R, size_t I>
@@ -407,7 +402,10 @@ KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, In& in) {
     constexpr const Field& field = R.fields[I];
     uint32_t length = 0;
     if (!in.has(sizeof(length))) {
-        return in.plainly([&](BixReadBuf& buffer) { return buffer.readUInt32(length); });
+        return in.plainly([](BixReadBuf& buffer) {
+            uint32_t missing = 0;
+            return buffer.readUInt32(missing);
+        });
     }
     length = Korvan::detail::loadBig<uint32_t>(in.at());
     in.position += sizeof(length);
@@ -427,20 +425,16 @@ KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, In& in) {
     return wellFormed ? Korvan::BIX_OK : Korvan::BIX_ERR_STRING_MALFORMED;
 }
 
-template <const Type& R, size_t I = 0>
-KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, In& in, uint32_t version);
+template <const Type& R>
+KORVAN_ALWAYS_INLINE int32_t unpack(void* record, In& in, uint32_t cutVer);
 
 /// Unpacks a record that is contained in another.
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, In& in, uint32_t cutVer) {
     if constexpr (isInlined(R)) {
-        const uint32_t version = R.effectiveVersion(cutVer);
-        if (version < schema::BASE_VERSION) {
-            return Korvan::BIX_ERR_VERSION_TOO_OLD;
-        }
-        return unpackFields<R>(record, in, version);
+        return unpack<R>(record, in, cutVer);
     } else {
-        return in.plainly([&](BixReadBuf& buffer) { return R.unpack(record, buffer, cutVer); });
+        return in.follow(R.unpackAt(record, in.begin, in.position, in.length, cutVer));
     }
 }
 
@@ -473,7 +467,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, In& in, uint32_t version)
 }
 
 /// Unpacks the fields from @p I on.
-template <const Type& R, size_t I>
+template <const Type& R, size_t I = 0>
 KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, In& in, uint32_t version) {
     if constexpr (I < R.fieldCount) {
         if (version >= R.fields[I].since) {
@@ -491,15 +485,12 @@ KORVAN_ALWAYS_INLINE int32_t unpackFields(char* record, In& in, uint32_t version
 
 /// Unpacks a record.
 template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t unpack(char* record, BixReadBuf& buffer, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t unpack(void* record, In& in, uint32_t cutVer) {
     const uint32_t version = R.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return Korvan::BIX_ERR_VERSION_TOO_OLD;
     }
-    In in(buffer);
-    const int32_t result = unpackFields<R>(record, in, version);
-    in.giveBack();
-    return result;
+    return unpackFields<R>(static_cast<char*>(record), in, version);
 }
 
 } // namespace cs_relay_msg::codec

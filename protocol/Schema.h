@@ -63,7 +63,13 @@ struct Field {
     }
 };
 
-/// One record type. The operations take the record by its address, and else are those of Record.h.
+/// How far an operation got in its buffer, and its result.
+struct Progress {
+    size_t position;
+    int32_t result;
+};
+
+/// One record type. The operations are those of Record.h, on a record given by its address.
 struct Type {
     const char* name;
     size_t size; ///< bytes in memory
@@ -72,10 +78,26 @@ struct Type {
     uint32_t currentVersion;
     bool zeroDefault; ///< whether `construct` sets every byte of the record to 0
 
+    /// What the operations call: the buffer's fields are given, and come back, in registers.
+    /// @{
     int32_t (*construct)(void* record);
-    int32_t (*pack)(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer);
-    int32_t (*unpack)(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
-    int32_t (*visualize)(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
+    Progress (*packAt)(const void* record, char* begin, size_t position, size_t length, uint32_t cutVer);
+    Progress (*unpackAt)(void* record, const char* begin, size_t position, size_t length, uint32_t cutVer);
+    Progress (*visualizeAt)(const void* record, char* begin, size_t position, size_t length, int indent,
+                            char sep);
+    /// @}
+
+    int32_t pack(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer = 0) const noexcept {
+        return done(buffer, packAt(record, buffer.beginPtr, buffer.position, buffer.length, cutVer));
+    }
+    int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer = 0) const noexcept {
+        return done(buffer, unpackAt(record, buffer.beginPtr, buffer.position, buffer.length, cutVer));
+    }
+    int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent = 0,
+                      char sep = '\n') const noexcept {
+        return done(buffer,
+                    visualizeAt(record, buffer.beginPtr, buffer.position, buffer.length, indent, sep));
+    }
 
     constexpr const Field* begin() const noexcept { return fields; }
     constexpr const Field* end() const noexcept { return fields + fieldCount; }
@@ -83,6 +105,13 @@ struct Type {
     /// The version that @p cutVer stands for.
     constexpr uint32_t effectiveVersion(uint32_t cutVer) const noexcept {
         return schema::effectiveVersion(cutVer, currentVersion);
+    }
+
+private:
+    template <class Buffer>
+    static int32_t done(Buffer& buffer, Progress progress) noexcept {
+        buffer.position = progress.position;
+        return progress.result;
     }
 };
 

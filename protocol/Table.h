@@ -208,13 +208,16 @@ constexpr bool namesTellTypes(Span<Field> fields) {
     return true;
 }
 
-/// The operations of @p T behind its address: one out-of-line function each.
+/// The operations of @p T, one out-of-line function each: those that schema::Type points to.
 template <class T>
 struct Operations {
     static int32_t construct(void* record);
-    static int32_t pack(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer);
-    static int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
-    static int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
+    static schema::Progress pack(const void* record, char* begin, size_t position, size_t length,
+                                 uint32_t cutVer);
+    static schema::Progress unpack(void* record, const char* begin, size_t position, size_t length,
+                                   uint32_t cutVer);
+    static schema::Progress visualize(const void* record, char* begin, size_t position, size_t length,
+                                      int indent, char sep);
 };
 
 /// Describes @p T from its table and proves that the two agree. @p members is for a record that holds the

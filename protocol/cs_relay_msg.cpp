@@ -181,10 +181,12 @@ constexpr Span<Command> MEMBERS{COMMANDS, std::size(COMMANDS)};
 template <>
 struct Operations<CSRelayMsg> {
     static int32_t construct(void* record);
-    static KORVAN_ALWAYS_INLINE int32_t pack(const void* record, Korvan::BixWriteBuf& buffer,
-                                             uint32_t cutVer);
-    static KORVAN_ALWAYS_INLINE int32_t unpack(void* record, Korvan::BixReadBuf& buffer, uint32_t cutVer);
-    static int32_t visualize(const void* record, Korvan::BixWriteBuf& buffer, int indent, char sep);
+    static KORVAN_ALWAYS_INLINE schema::Progress pack(const void* record, char* begin, size_t position,
+                                                      size_t length, uint32_t cutVer);
+    static KORVAN_ALWAYS_INLINE schema::Progress unpack(void* record, const char* begin, size_t position,
+                                                        size_t length, uint32_t cutVer);
+    static schema::Progress visualize(const void* record, char* begin, size_t position, size_t length,
+                                      int indent, char sep);
 };
 
 template <>
@@ -249,103 +251,55 @@ static_assert(CSRelayMsgBody::maxWireSize == CSRelayMsg::maxWireSize - CSRelayMs
 
 } // namespace cs_relay_msg::table
 
-// ---- The union ----
+// ---- The member of the union that a selector names ----
 
 namespace cs_relay_msg {
 
+using codec::In;
+using codec::Out;
 using Korvan::BixReadBuf;
 using Korvan::BixWriteBuf;
-using Korvan::detail::headerLine;
 using schema::Command;
-using table::Operations;
-using table::typeOf;
+using schema::Progress;
 
 namespace {
 
-/// Runs @p operation on a buffer over plain memory and reports how far it got.
-template <class Buffer, class Char, class Operation>
-KORVAN_ALWAYS_INLINE int32_t flat(Char* memory, size_t size, size_t* usedSize, Operation operation) {
-    if (memory == nullptr) {
-        return BIX_ERR_NULL_ARGUMENT;
-    }
-    Buffer buffer(memory, size);
-    const int32_t result = operation(buffer);
-    if (usedSize != nullptr) {
-        *usedSize = buffer.getUsedSize();
-    }
-    return result;
-}
-
-KORVAN_ALWAYS_INLINE int32_t packMember(long long selector, const void* storage, BixWriteBuf& buffer,
-                                        uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t packMember(long long selector, const void* storage, Out& out, uint32_t cutVer) {
     const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->pack(storage, buffer, version) : BIX_OK;
+    const Command* const command = table::find(selector);
+    return command == nullptr
+               ? BIX_OK
+               : out.follow(command->type->packAt(storage, out.begin, out.position, out.length, version));
 }
 
-KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, BixReadBuf& buffer,
-                                          uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, In& in, uint32_t cutVer) {
     const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->unpack(storage, buffer, version) : BIX_OK;
+    const Command* const command = table::find(selector);
+    return command == nullptr
+               ? BIX_OK
+               : in.follow(command->type->unpackAt(storage, in.begin, in.position, in.length, version));
 }
 
-} // namespace
-
-int32_t CSRelayMsgBody::construct() noexcept {
-    std::memset(static_cast<void*>(this), 0, sizeof(*this));
-    return BIX_OK;
-}
-
-int32_t CSRelayMsgBody::construct(long long selector) noexcept {
-    const Command* command = table::find(selector);
-    return command != nullptr ? command->type->construct(this) : BIX_OK;
-}
-
-int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size_t* usedSize,
-                             uint32_t cutVer) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return packMember(selector, this, buffer, cutVer); });
-}
-
-int32_t CSRelayMsgBody::pack(long long selector, BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
-    return packMember(selector, this, buffer, cutVer);
-}
-
-int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t size, size_t* usedSize,
-                               uint32_t cutVer) noexcept {
-    return flat<BixReadBuf>(memory, size, usedSize,
-                            [&](BixReadBuf& buffer) { return unpackMember(selector, this, buffer, cutVer); });
-}
-
-int32_t CSRelayMsgBody::unpack(long long selector, BixReadBuf& buffer, uint32_t cutVer) noexcept {
-    return unpackMember(selector, this, buffer, cutVer);
-}
-
-int32_t CSRelayMsgBody::visualize(long long selector, char* memory, size_t size, size_t* usedSize, int indent,
-                                  char sep) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return visualize(selector, buffer, indent, sep); });
-}
-
-int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int indent,
-                                  char sep) const noexcept {
-    const Command* command = table::find(selector);
+int32_t visualizeMember(long long selector, const void* storage, Out& out, int indent, char sep) {
+    const Command* const command = table::find(selector);
     if (command == nullptr) {
         return BIX_OK;
     }
     if (const int32_t result =
-            headerLine(buffer, {indent, sep, command->label, command->labelLength}, true)) {
+            codec::visualizeHeader(out, {indent, sep, command->label, command->labelLength})) {
         return result;
     }
-    return command->type->visualize(this, buffer, codec::deeper(indent), sep);
+    return out.follow(
+        command->type->visualizeAt(storage, out.begin, out.position, out.length, codec::deeper(indent), sep));
 }
+
+} // namespace
 
 // ---- The operations of every record: out of line, one function per record and operation ----
 
@@ -358,34 +312,42 @@ int32_t Operations<T>::construct(void* record) {
 }
 
 template <class T>
-int32_t Operations<T>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
-    return codec::pack<typeOf<T>>(static_cast<const char*>(record), buffer, cutVer);
+Progress Operations<T>::pack(const void* record, char* begin, size_t position, size_t length,
+                             uint32_t cutVer) {
+    Out out(begin, position, length);
+    const int32_t result = codec::pack<typeOf<T>>(record, out, cutVer);
+    return {out.position, result};
 }
 
 template <class T>
-int32_t Operations<T>::unpack(void* record, BixReadBuf& buffer, uint32_t cutVer) {
-    return codec::unpack<typeOf<T>>(static_cast<char*>(record), buffer, cutVer);
+Progress Operations<T>::unpack(void* record, const char* begin, size_t position, size_t length,
+                               uint32_t cutVer) {
+    In in(begin, position, length);
+    const int32_t result = codec::unpack<typeOf<T>>(record, in, cutVer);
+    return {in.position, result};
 }
 
 template <class T>
-int32_t Operations<T>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
-    return codec::visualize<typeOf<T>>(static_cast<const char*>(record), buffer, indent, sep);
+Progress Operations<T>::visualize(const void* record, char* begin, size_t position, size_t length, int indent,
+                                  char sep) {
+    Out out(begin, position, length);
+    const int32_t result = codec::visualize<typeOf<T>>(record, out, indent, sep);
+    return {out.position, result};
 }
 
-// ---- Those of the message: a head, the member that it selects, and the version in byte 8 ----
+} // namespace table
+
+// ---- The message: a head, the member that it selects, and the version in byte 8 ----
+
+namespace {
+
+using table::typeOf;
 
 constexpr size_t VERSION_BYTE = 8;
 constexpr uint32_t VERSION_BYTE_SINCE = 1;
 static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
 
-int32_t Operations<CSRelayMsg>::construct(void* record) {
-    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
-    message.stHead.construct();
-    return message.stBody.construct(message.stHead.bCmdId); // 0 selects nothing: the body stays as it was
-}
-
-int32_t Operations<CSRelayMsg>::pack(const void* record, BixWriteBuf& buffer, uint32_t cutVer) {
-    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
+KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, uint32_t cutVer) {
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
@@ -393,23 +355,26 @@ int32_t Operations<CSRelayMsg>::pack(const void* record, BixWriteBuf& buffer, ui
     if (version < VERSION_BYTE_SINCE) {
         return BIX_ERR_VERSION_FIELD_CUT;
     }
-    const size_t start = buffer.getUsedSize();
-    const auto* head = reinterpret_cast<const char*>(&message.stHead);
-    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(head, buffer, version)) {
+    const size_t start = out.position;
+    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&message.stHead, out, version)) {
         return result;
     }
-    if (const int32_t result = packMember(message.stHead.bCmdId, &message.stBody, buffer, version)) {
+    if (const int32_t result = packMember(message.stHead.bCmdId, &message.stBody, out, version)) {
         return result;
     }
-    return buffer.writeUInt8(static_cast<uint8_t>(version), start + VERSION_BYTE);
+    out.begin[start + VERSION_BYTE] = static_cast<char>(version); // the head is there, so it fits
+    return BIX_OK;
 }
 
-/// The version given does not count: the sender's does.
-int32_t Operations<CSRelayMsg>::unpack(void* record, BixReadBuf& buffer, uint32_t /*cutVer*/) {
-    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
+KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, In& in) {
     uint8_t version = 0;
-    if (const int32_t result = buffer.readUInt8(version, buffer.getUsedSize() + VERSION_BYTE)) {
-        return result;
+    if (in.has(VERSION_BYTE + 1)) {
+        version = static_cast<uint8_t>(in.at()[VERSION_BYTE]);
+    } else {
+        return in.plainly([](BixReadBuf& buffer) {
+            uint8_t missing = 0;
+            return buffer.readUInt8(missing, buffer.getUsedSize() + VERSION_BYTE);
+        });
     }
     if (version < schema::BASE_VERSION || version > typeOf<CSRelayMsg>.currentVersion) {
         return BIX_ERR_VERSION_OUT_OF_RANGE;
@@ -417,31 +382,84 @@ int32_t Operations<CSRelayMsg>::unpack(void* record, BixReadBuf& buffer, uint32_
     if (version < VERSION_BYTE_SINCE) {
         return BIX_ERR_VERSION_FIELD_CUT;
     }
-    auto* head = reinterpret_cast<char*>(&message.stHead);
-    if (const int32_t result = codec::unpack<typeOf<CSRelayMsgHead>>(head, buffer, version)) {
+    if (const int32_t result = codec::unpack<typeOf<CSRelayMsgHead>>(&message.stHead, in, version)) {
         return result;
     }
-    return unpackMember(message.stHead.bCmdId, &message.stBody, buffer, version);
+    return unpackMember(message.stHead.bCmdId, &message.stBody, in, version);
 }
 
-int32_t Operations<CSRelayMsg>::visualize(const void* record, BixWriteBuf& buffer, int indent, char sep) {
-    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
-    const auto headerOf = [&](const schema::Field& field) {
-        return headerLine(buffer, {indent, sep, field.label, field.labelLength}, true);
-    };
-    if (const int32_t result = headerOf(typeOf<CSRelayMsg>.fields[0])) {
+int32_t visualizeMessage(const CSRelayMsg& message, Out& out, int indent, char sep) {
+    if (const int32_t result =
+            codec::visualizeHeader(out, codec::lineOf<typeOf<CSRelayMsg>, 0>(indent, sep))) {
         return result;
     }
-    if (const int32_t result = message.stHead.visualize(buffer, codec::deeper(indent), sep)) {
+    if (const int32_t result =
+            codec::visualize<typeOf<CSRelayMsgHead>>(&message.stHead, out, codec::deeper(indent), sep)) {
         return result;
     }
-    if (const int32_t result = headerOf(typeOf<CSRelayMsg>.fields[1])) {
+    if (const int32_t result =
+            codec::visualizeHeader(out, codec::lineOf<typeOf<CSRelayMsg>, 1>(indent, sep))) {
         return result;
     }
-    return message.stBody.visualize(message.stHead.bCmdId, buffer, codec::deeper(indent), sep);
+    return visualizeMember(message.stHead.bCmdId, &message.stBody, out, codec::deeper(indent), sep);
+}
+
+} // namespace
+
+namespace table {
+
+int32_t Operations<CSRelayMsg>::construct(void* record) {
+    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
+    message.stHead.construct();
+    return message.stBody.construct(message.stHead.bCmdId); // 0 selects nothing: the body stays as it was
+}
+
+Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t position, size_t length,
+                                      uint32_t cutVer) {
+    Out out(begin, position, length);
+    const int32_t result = packMessage(*static_cast<const CSRelayMsg*>(record), out, cutVer);
+    return {out.position, result};
+}
+
+/// The version given does not count: the sender's does.
+Progress Operations<CSRelayMsg>::unpack(void* record, const char* begin, size_t position, size_t length,
+                                        uint32_t /*cutVer*/) {
+    In in(begin, position, length);
+    const int32_t result = unpackMessage(*static_cast<CSRelayMsg*>(record), in);
+    return {in.position, result};
+}
+
+Progress Operations<CSRelayMsg>::visualize(const void* record, char* begin, size_t position, size_t length,
+                                           int indent, char sep) {
+    Out out(begin, position, length);
+    const int32_t result = visualizeMessage(*static_cast<const CSRelayMsg*>(record), out, indent, sep);
+    return {out.position, result};
 }
 
 } // namespace table
+
+// ---- The entry points: over a buffer, and over plain memory ----
+
+namespace {
+
+/// Notes how far an operation on @p buffer got.
+template <class Buffer>
+KORVAN_ALWAYS_INLINE int32_t note(Buffer& buffer, Progress progress) {
+    buffer.position = progress.position;
+    return progress.result;
+}
+
+/// Reports how far an operation on plain memory got.
+KORVAN_ALWAYS_INLINE int32_t report(size_t* usedSize, Progress progress) {
+    if (usedSize != nullptr) {
+        *usedSize = progress.position;
+    }
+    return progress.result;
+}
+
+} // namespace
+
+using table::Operations;
 
 template <class T>
 int32_t Record<T>::construct() noexcept {
@@ -450,38 +468,43 @@ int32_t Record<T>::construct() noexcept {
 
 template <class T>
 int32_t Record<T>::pack(char* memory, size_t size, size_t* usedSize, uint32_t cutVer) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize, [&](BixWriteBuf& buffer) {
-        return Operations<T>::pack(static_cast<const T*>(this), buffer, cutVer);
-    });
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    return report(usedSize, Operations<T>::pack(static_cast<const T*>(this), memory, 0, size, cutVer));
 }
 
 template <class T>
 int32_t Record<T>::pack(BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
-    return Operations<T>::pack(static_cast<const T*>(this), buffer, cutVer);
+    return typeOf<T>.pack(static_cast<const T*>(this), buffer, cutVer);
 }
 
 template <class T>
 int32_t Record<T>::unpack(const char* memory, size_t size, size_t* usedSize, uint32_t cutVer) noexcept {
-    return flat<BixReadBuf>(memory, size, usedSize, [&](BixReadBuf& buffer) {
-        return Operations<T>::unpack(static_cast<T*>(this), buffer, cutVer);
-    });
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    return report(usedSize, Operations<T>::unpack(static_cast<T*>(this), memory, 0, size, cutVer));
 }
 
 template <class T>
 int32_t Record<T>::unpack(BixReadBuf& buffer, uint32_t cutVer) noexcept {
-    return Operations<T>::unpack(static_cast<T*>(this), buffer, cutVer);
+    return typeOf<T>.unpack(static_cast<T*>(this), buffer, cutVer);
 }
 
 template <class T>
 int32_t Record<T>::visualize(char* memory, size_t size, size_t* usedSize, int indent,
                              char sep) const noexcept {
-    return flat<BixWriteBuf>(memory, size, usedSize,
-                             [&](BixWriteBuf& buffer) { return visualize(buffer, indent, sep); });
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    return report(usedSize,
+                  Operations<T>::visualize(static_cast<const T*>(this), memory, 0, size, indent, sep));
 }
 
 template <class T>
 int32_t Record<T>::visualize(BixWriteBuf& buffer, int indent, char sep) const noexcept {
-    return Operations<T>::visualize(static_cast<const T*>(this), buffer, indent, sep);
+    return typeOf<T>.visualize(static_cast<const T*>(this), buffer, indent, sep);
 }
 
 template <class T>
@@ -536,6 +559,67 @@ template struct Record<CSRelaySeekPlayRes>;
 template struct Record<CSRelayStatReq>;
 template struct Record<CSRelayStatRes>;
 template struct Record<CSRelayMsg>;
+
+// ---- The union ----
+
+int32_t CSRelayMsgBody::construct() noexcept {
+    std::memset(static_cast<void*>(this), 0, sizeof(*this));
+    return BIX_OK;
+}
+
+int32_t CSRelayMsgBody::construct(long long selector) noexcept {
+    const Command* const command = table::find(selector);
+    return command != nullptr ? command->type->construct(this) : BIX_OK;
+}
+
+int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size_t* usedSize,
+                             uint32_t cutVer) const noexcept {
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    Out out(memory, 0, size);
+    const int32_t result = packMember(selector, this, out, cutVer);
+    return report(usedSize, {out.position, result});
+}
+
+int32_t CSRelayMsgBody::pack(long long selector, BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
+    Out out(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = packMember(selector, this, out, cutVer);
+    return note(buffer, {out.position, result});
+}
+
+int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t size, size_t* usedSize,
+                               uint32_t cutVer) noexcept {
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    In in(memory, 0, size);
+    const int32_t result = unpackMember(selector, this, in, cutVer);
+    return report(usedSize, {in.position, result});
+}
+
+int32_t CSRelayMsgBody::unpack(long long selector, BixReadBuf& buffer, uint32_t cutVer) noexcept {
+    In in(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = unpackMember(selector, this, in, cutVer);
+    return note(buffer, {in.position, result});
+}
+
+int32_t CSRelayMsgBody::visualize(long long selector, char* memory, size_t size, size_t* usedSize, int indent,
+                                  char sep) const noexcept {
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    Out out(memory, 0, size);
+    const int32_t result = visualizeMember(selector, this, out, indent, sep);
+    return report(usedSize, {out.position, result});
+}
+
+int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int indent,
+                                  char sep) const noexcept {
+    Out out(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = visualizeMember(selector, this, out, indent, sep);
+    return note(buffer, {out.position, result});
+}
 
 // ---- The tables at run time ----
 

@@ -43,19 +43,35 @@ int32_t elementLine(BixWriteBuf& buf, const Line& line, uint32_t index, bool clo
 }
 
 int32_t byteLine(BixWriteBuf& buf, const Line& line, uint8_t value) noexcept {
-    return piece(buf, [&](Clipped& text) { putLine(text, line, [&] { putByte(text, value); }); });
+    return piece(buf, [&](Clipped& text) {
+        putOpening(text, line);
+        putByte(text, value);
+        text.put(line.sep);
+    });
 }
 
 int32_t signedLine(BixWriteBuf& buf, const Line& line, int32_t value) noexcept {
-    return piece(buf, [&](Clipped& text) { putLine(text, line, [&] { putNumber(text, value); }); });
+    return piece(buf, [&](Clipped& text) {
+        putOpening(text, line);
+        putNumber(text, value);
+        text.put(line.sep);
+    });
 }
 
 int32_t unsignedLine(BixWriteBuf& buf, const Line& line, uint64_t value) noexcept {
-    return piece(buf, [&](Clipped& text) { putLine(text, line, [&] { putNumber(text, value); }); });
+    return piece(buf, [&](Clipped& text) {
+        putOpening(text, line);
+        putNumber(text, value);
+        text.put(line.sep);
+    });
 }
 
 int32_t textLine(BixWriteBuf& buf, const Line& line, const char* value, size_t length) noexcept {
-    return piece(buf, [&](Clipped& text) { putLine(text, line, [&] { text.put(value, length); }); });
+    return piece(buf, [&](Clipped& text) {
+        putOpening(text, line);
+        text.put(value, length);
+        text.put(line.sep);
+    });
 }
 
 int32_t arrayOpening(BixWriteBuf& buf, const Line& line, int64_t count) noexcept {
@@ -102,7 +118,9 @@ int32_t printVariable(BixWriteBuf& buf, int indent, char sep, const char* label,
         va_end(measured);
         if (length >= 0) {
             result = detail::piece(buf, [&](detail::Clipped& text) {
-                detail::putLine(text, line, [&] { text.print(static_cast<size_t>(length), format, ap); });
+                detail::putOpening(text, line);
+                text.print(static_cast<size_t>(length), format, ap);
+                text.put(line.sep);
             });
         }
     }

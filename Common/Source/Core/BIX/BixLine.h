@@ -156,13 +156,11 @@ KORVAN_ALWAYS_INLINE void putLabel(Sink& sink, const Line& line) {
     sink.put(line.label, line.labelLength);
 }
 
-/// A line with a value, which @p putValue puts.
-template <class Sink, class PutValue>
-KORVAN_ALWAYS_INLINE void putLine(Sink& sink, const Line& line, PutValue putValue) {
+/// What stands before the value of a line that has one. The separator follows the value.
+template <class Sink>
+KORVAN_ALWAYS_INLINE void putOpening(Sink& sink, const Line& line) {
     putLabel(sink, line);
     sink.put(": ", 2);
-    putValue();
-    sink.put(line.sep);
 }
 
 template <class Sink>
