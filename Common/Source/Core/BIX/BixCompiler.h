@@ -8,6 +8,7 @@
 #if defined(_MSC_VER) && !defined(__clang__)
 
 #define KORVAN_ALWAYS_INLINE __forceinline
+#define KORVAN_NOINLINE __declspec(noinline)
 #define KORVAN_LIKELY(condition) (condition)
 #define KORVAN_PACKED
 #define KORVAN_PACK_BEGIN __pragma(pack(push, 1))
@@ -18,6 +19,7 @@
 #else
 
 #define KORVAN_ALWAYS_INLINE inline __attribute__((always_inline))
+#define KORVAN_NOINLINE __attribute__((noinline))
 #define KORVAN_LIKELY(condition) (__builtin_expect(static_cast<bool>(condition), true))
 /// On the type itself, not as a pragma: g++ then refuses a reference to a misaligned field.
 #define KORVAN_PACKED __attribute__((packed))
