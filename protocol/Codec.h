@@ -81,16 +81,6 @@ constexpr size_t runEnd(const Type& type, size_t first) {
     return end;
 }
 
-/// Whether the record is unrolled into the one that contains it; one with elements of its own is called.
-constexpr bool isInlined(const Type& type) {
-    for (const Field& field : type) {
-        if (field.kind == Kind::RecordArray || field.kind == Kind::Union) {
-            return false;
-        }
-    }
-    return true;
-}
-
 // ---- Construct ----
 
 template <const Type& R, size_t... I>
@@ -278,16 +268,6 @@ KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t pack(const void* record, Out& out, uint32_t cutVer);
 
-/// Packs a record that is contained in another.
-template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t packContained(const char* record, Out& out, uint32_t cutVer) {
-    if constexpr (isInlined(R)) {
-        return pack<R>(record, out, cutVer);
-    } else {
-        return out.follow(R.packAt(record, out.begin, out.position, out.length, cutVer));
-    }
-}
-
 template <const Type& R, size_t I>
 KORVAN_ALWAYS_INLINE int32_t packField(const char* record, Out& out, uint32_t version) {
     constexpr const Field& field = R.fields[I];
@@ -296,7 +276,7 @@ KORVAN_ALWAYS_INLINE int32_t packField(const char* record, Out& out, uint32_t ve
     } else if constexpr (field.kind == Kind::String) {
         return packString<R, I>(record, out);
     } else if constexpr (field.kind == Kind::Record) {
-        return packContained<*field.type>(record + field.offset, out, version);
+        return pack<*field.type>(record + field.offset, out, version);
     } else {
         const size_t count = loadCount<R, I>(record);
         if (count > field.bound) {
@@ -307,7 +287,7 @@ KORVAN_ALWAYS_INLINE int32_t packField(const char* record, Out& out, uint32_t ve
         } else {
             const char* element = record + field.offset;
             for (size_t i = 0; i < count; ++i, element += field.width) {
-                if (const int32_t result = packContained<*field.type>(element, out, version)) {
+                if (const int32_t result = pack<*field.type>(element, out, version)) {
                     return result;
                 }
             }
@@ -428,16 +408,6 @@ KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, In& in) {
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t unpack(void* record, In& in, uint32_t cutVer);
 
-/// Unpacks a record that is contained in another.
-template <const Type& R>
-KORVAN_ALWAYS_INLINE int32_t unpackContained(char* record, In& in, uint32_t cutVer) {
-    if constexpr (isInlined(R)) {
-        return unpack<R>(record, in, cutVer);
-    } else {
-        return in.follow(R.unpackAt(record, in.begin, in.position, in.length, cutVer));
-    }
-}
-
 template <const Type& R, size_t I>
 KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, In& in, uint32_t version) {
     constexpr const Field& field = R.fields[I];
@@ -446,7 +416,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, In& in, uint32_t version)
     } else if constexpr (field.kind == Kind::String) {
         return unpackString<R, I>(record, in);
     } else if constexpr (field.kind == Kind::Record) {
-        return unpackContained<*field.type>(record + field.offset, in, version);
+        return unpack<*field.type>(record + field.offset, in, version);
     } else {
         const size_t count = loadCount<R, I>(record);
         if (count > field.bound) {
@@ -457,7 +427,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackField(char* record, In& in, uint32_t version)
         } else {
             char* element = record + field.offset;
             for (size_t i = 0; i < count; ++i, element += field.width) {
-                if (const int32_t result = unpackContained<*field.type>(element, in, version)) {
+                if (const int32_t result = unpack<*field.type>(element, in, version)) {
                     return result;
                 }
             }

@@ -142,6 +142,16 @@ KORVAN_ALWAYS_INLINE int32_t visualizeElementHeader(Out& out, const Line& line, 
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t visualize(const void* record, Out& out, int indent, char sep);
 
+/// Whether a contained record is unrolled into its container; one with elements of its own is called.
+constexpr bool isInlined(const Type& type) {
+    for (const Field& field : type) {
+        if (field.kind == Kind::RecordArray) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// Renders a record that is contained in another, behind its header.
 template <const Type& R>
 KORVAN_ALWAYS_INLINE int32_t visualizeContained(const char* record, Out& out, int indent, char sep) {

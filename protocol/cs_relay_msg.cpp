@@ -204,28 +204,42 @@ constexpr bool idsAscend() {
 }
 static_assert(idsAscend(), "the command table is in the order of the ids, and no id serves twice");
 
-constexpr uint8_t FIRST_ID = MEMBERS[0].id;
-constexpr size_t ID_RANGE = MEMBERS[MEMBERS.size - 1].id - FIRST_ID + 1u;
+/// What an unassigned id selects: a record without fields, so that nothing happens.
+struct Nothing {};
 
-/// For each id of the range its place in the command table, or -1.
-constexpr std::array<int8_t, ID_RANGE> makePlaces() {
-    std::array<int8_t, ID_RANGE> places{};
-    for (int8_t& place : places) {
-        place = -1;
+template <>
+inline constexpr Type typeOf<Nothing> = {"",
+                                         0,
+                                         nullptr,
+                                         0,
+                                         schema::BASE_VERSION,
+                                         true,
+                                         &Operations<Nothing>::construct,
+                                         &Operations<Nothing>::pack,
+                                         &Operations<Nothing>::unpack,
+                                         &Operations<Nothing>::visualize};
+
+constexpr Command UNASSIGNED{0, nullptr, nullptr, 0, &typeOf<Nothing>};
+
+/// For each value of a command id the command.
+constexpr std::array<const Command*, 256> makeCommandsById() {
+    std::array<const Command*, 256> byId{};
+    for (const Command*& command : byId) {
+        command = &UNASSIGNED;
     }
-    for (size_t i = 0; i < MEMBERS.size; ++i) {
-        places[static_cast<size_t>(MEMBERS[i].id - FIRST_ID)] = static_cast<int8_t>(i);
+    for (const Command& member : MEMBERS) {
+        byId[member.id] = &member;
     }
-    return places;
+    return byId;
 }
-constexpr std::array<int8_t, ID_RANGE> PLACES = makePlaces();
+constexpr std::array<const Command*, 256> COMMANDS_BY_ID = makeCommandsById();
 
-constexpr const Command* find(long long id) {
-    const unsigned long long fromFirst = static_cast<unsigned long long>(id) - FIRST_ID;
-    if (fromFirst >= ID_RANGE || PLACES[static_cast<size_t>(fromFirst)] < 0) {
-        return nullptr;
-    }
-    return &COMMANDS[PLACES[static_cast<size_t>(fromFirst)]];
+constexpr const Command& find(long long id) {
+    return id < 0 || id > 255 ? UNASSIGNED : *COMMANDS_BY_ID[static_cast<size_t>(id)];
+}
+
+constexpr bool isAssigned(const Command& command) {
+    return command.name != nullptr;
 }
 
 constexpr uint32_t BODY_VERSION = latestVersion(MEMBERS);
@@ -269,10 +283,8 @@ KORVAN_ALWAYS_INLINE int32_t packMember(long long selector, const void* storage,
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const Command* const command = table::find(selector);
-    return command == nullptr
-               ? BIX_OK
-               : out.follow(command->type->packAt(storage, out.begin, out.position, out.length, version));
+    const schema::Type& type = *table::find(selector).type;
+    return out.follow(type.packAt(storage, out.begin, out.position, out.length, version));
 }
 
 KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, In& in, uint32_t cutVer) {
@@ -280,23 +292,21 @@ KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, In&
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const Command* const command = table::find(selector);
-    return command == nullptr
-               ? BIX_OK
-               : in.follow(command->type->unpackAt(storage, in.begin, in.position, in.length, version));
+    const schema::Type& type = *table::find(selector).type;
+    return in.follow(type.unpackAt(storage, in.begin, in.position, in.length, version));
 }
 
 int32_t visualizeMember(long long selector, const void* storage, Out& out, int indent, char sep) {
-    const Command* const command = table::find(selector);
-    if (command == nullptr) {
+    const Command& command = table::find(selector);
+    if (!table::isAssigned(command)) {
         return BIX_OK;
     }
     if (const int32_t result =
-            codec::visualizeHeader(out, {indent, sep, command->label, command->labelLength})) {
+            codec::visualizeHeader(out, {indent, sep, command.label, command.labelLength})) {
         return result;
     }
     return out.follow(
-        command->type->visualizeAt(storage, out.begin, out.position, out.length, codec::deeper(indent), sep));
+        command.type->visualizeAt(storage, out.begin, out.position, out.length, codec::deeper(indent), sep));
 }
 
 } // namespace
@@ -568,8 +578,7 @@ int32_t CSRelayMsgBody::construct() noexcept {
 }
 
 int32_t CSRelayMsgBody::construct(long long selector) noexcept {
-    const Command* const command = table::find(selector);
-    return command != nullptr ? command->type->construct(this) : BIX_OK;
+    return table::find(selector).type->construct(this);
 }
 
 int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size_t* usedSize,
@@ -624,8 +633,7 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
 // ---- The tables at run time ----
 
 const char* commandName(long long id) noexcept {
-    const Command* command = table::find(id);
-    return command != nullptr ? command->name : nullptr;
+    return table::find(id).name;
 }
 
 namespace schema {
@@ -639,7 +647,8 @@ Span<Command> commands() noexcept {
 }
 
 const Command* findCommand(long long id) noexcept {
-    return table::find(id);
+    const Command& command = table::find(id);
+    return table::isAssigned(command) ? &command : nullptr;
 }
 
 WireSize wireSize(const Type& type, uint32_t cutVer) noexcept {
