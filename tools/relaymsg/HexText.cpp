@@ -109,18 +109,18 @@ void HexText::emit(uint8_t byte) {
     }
 }
 
-bool HexText::endGroup(uint64_t column) {
+bool HexText::endGroup() {
     const uint64_t digits = groupDigits_;
     groupDigits_ = 0;
     if (digits % 2 != 0) {
-        return refuse(column, std::to_string(digits) +
-                                  " digits together are no whole bytes. (Dumps are read as "
-                                  "xxd, hexdump -C and od -Ax -tx1 print them.)");
+        return refuse(groupColumn_,
+                      "an odd number of digits (" + std::to_string(digits) +
+                          ") stands together, but each byte has two. (Text with offsets is read "
+                          "as xxd, hexdump -C and od -Ax -tx1 print it.)");
     }
     if (digits > 2 && (form_ == Form::Hexdump || form_ == Form::Od)) {
-        return refuse(column, std::to_string(digits) +
-                                  " digits stand together; in this form each byte stands "
-                                  "alone.");
+        return refuse(groupColumn_, std::to_string(digits) +
+                                        " digits stand together, but in this form each byte stands alone.");
     }
     return true;
 }
@@ -137,21 +137,15 @@ bool HexText::acceptData(char c) {
         }
         return true;
     }
-    if (groupDigits_ != 0 && !endGroup(groupColumn_)) {
-        return false;
+    const bool gutter = (form_ == Form::Hexdump && c == '|') || (form_ == Form::Od && c == '>');
+    if (!gutter && !isBlank(c)) {
+        return refuseCharacter(c);
     }
-    if (isBlank(c)) {
-        ++blanks_;
-        if (form_ == Form::Xxd && blanks_ == 2) {
-            state_ = State::Gutter;
-        }
-        return true;
-    }
-    if ((form_ == Form::Hexdump && c == '|') || (form_ == Form::Od && c == '>')) {
+    ++blanks_;
+    if (gutter || (form_ == Form::Xxd && blanks_ == 2)) {
         state_ = State::Gutter;
-        return true;
     }
-    return refuseCharacter(c);
+    return endGroup();
 }
 
 bool HexText::acceptOffset(char c) {
@@ -201,7 +195,7 @@ bool HexText::endLine() {
         if (!endOffset()) {
             return false;
         }
-    } else if (groupDigits_ != 0 && !endGroup(groupColumn_)) {
+    } else if (!endGroup()) {
         return false;
     }
     state_ = State::LineStart;
@@ -223,6 +217,7 @@ bool HexText::accept(char c) {
         }
         if (c == '*' && !lineBytes_.empty() && lineBytes_.size() < LONGEST_LINE && !starred_) {
             starred_ = true;
+            starLine_ = line_;
             state_ = State::Star;
             return true;
         }
@@ -251,10 +246,11 @@ bool HexText::accept(char c) {
     return true;
 }
 
-/// The text is over, as if by a line end.
+/// The text is over. Its end ends the line, unless the text was cut off.
 void HexText::finish() {
     finished_ = true;
-    if (endLine() && starred_) {
+    if (text_.error().empty() && endLine() && starred_) {
+        line_ = starLine_;
         refuse(1, "the text ends behind '*', so how often the line before it is repeated is not told.");
     }
 }
@@ -262,7 +258,7 @@ void HexText::finish() {
 size_t HexText::read(char* to, size_t size) {
     to_ = to;
     free_ = size;
-    while (free_ != 0 && error().empty()) {
+    while (free_ != 0 && ByteSource::error().empty()) {
         if (repeatsLeft_ != 0) {
             *to_++ = lineBytes_[repeatAt_++ % lineBytes_.size()];
             --free_;

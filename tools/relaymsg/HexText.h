@@ -35,7 +35,7 @@ private:
     bool accept(char c);
     bool acceptOffset(char c);
     bool acceptData(char c);
-    bool endGroup(uint64_t column);
+    bool endGroup();
     bool endOffset();
     bool endLine();
     void finish();
@@ -58,10 +58,11 @@ private:
     uint32_t blanks_ = 0;
     uint8_t digits_ = 0; // the last two digits
 
-    uint64_t offset_ = 0;      // the number at the start of the line
-    uint64_t expected_ = 0;    // what it must be
-    bool anyOffset_ = false;   // one has been read
-    bool starred_ = false;     // the line before was `*`
+    uint64_t offset_ = 0;    // the number at the start of the line
+    uint64_t expected_ = 0;  // what it must be
+    bool anyOffset_ = false; // one has been read
+    bool starred_ = false;   // the line before was `*`
+    uint64_t starLine_ = 0;
     std::string lineBytes_;    // of the last line with data
     uint64_t repeatsLeft_ = 0; // bytes still to be made from it
     size_t repeatAt_ = 0;
