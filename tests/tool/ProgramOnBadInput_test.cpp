@@ -104,7 +104,7 @@ TEST(ProgramOnBadInput, namesTheElementThatFails) {
         "standard input: message 1 (stRelayLockStep) at offset 0 (0x0) cannot be decoded.\n"
         "  field stBody.stRelayLockStep.astRelayData[2].astRelayData[7].wRelayLen at offset 110 (0x6e)\n"
         "  BIX_ERR_COUNT_OUT_OF_RANGE: A count field is larger than the bound of the array that it sizes.\n"
-        "  It is 1025; szRelayBuf holds at most 1024.\n" +
+        "  The count is 1025; szRelayBuf holds at most 1024.\n" +
             NOTHING_DECODED);
 }
 
@@ -130,7 +130,7 @@ TEST(ProgramOnBadInput, tellsAVersionThatThereIsNot) {
         "standard input: message 1 at offset 0 (0x0) cannot be decoded.\n"
         "  field stHead.bVersion at offset 8 (0x8)\n"
         "  BIX_ERR_VERSION_OUT_OF_RANGE: The version byte of a received message is not one of 1, 2 or 3.\n"
-        "  It is 7.\n" +
+        "  The version byte is 7.\n" +
             NOTHING_DECODED);
 }
 
@@ -144,9 +144,9 @@ TEST(ProgramOnBadInput, tellsTheLengthOfAStringThatIsTooLong) {
 }
 
 const std::string UNKNOWN_NOTE =
-    "standard input: message 2 at offset 16 (0x10) has the unknown command 166, so the length of its body "
-    "cannot be known.\n"
-    "  Decoding goes on behind its head; what follows may be its body.\n";
+    "standard input: message 2 at offset 16 (0x10) has the unknown command 166.\n"
+    "  The length of its body cannot be known. Decoding goes on behind its head;\n"
+    "  what follows may be that body.\n";
 
 TEST(ProgramOnBadInput, goesOnBehindAnUnknownCommand) {
     const Outcome outcome =
@@ -172,9 +172,8 @@ TEST(ProgramOnBadInput, stopsInTheBodyOfAnUnknownCommand) {
             "  field stHead.bVersion at offset 36 (0x24)\n"
             "  BIX_ERR_VERSION_OUT_OF_RANGE: The version byte of a received message is not one of 1, 2 or "
             "3.\n"
-            "  It is 110.\n"
-            "  The command 166 of message 2 is unknown: what begins at offset 28 (0x1c) may well be its "
-            "body and no message.\n");
+            "  The version byte is 110.\n"
+            "  Message 2 has the unknown command 166: what begins at offset 28 (0x1c) may be its body.\n");
     EXPECT_NE(outcome.out.find("    [bCmdId]: 0xa6\n"), std::string::npos) << "the head is shown";
 }
 
@@ -185,7 +184,7 @@ TEST(ProgramOnBadInput, saysOfManyUnknownCommandsOnce) {
     }
     const Outcome outcome = runTool({"decode", "--summary"}, input);
     EXPECT_EQ(outcome.status, UNKNOWN_COMMAND);
-    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 2);
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 3);
 }
 
 TEST(ProgramOnBadInput, refusesAWrongCommandLine) {
@@ -202,9 +201,8 @@ TEST(ProgramOnBadInput, refusesAWrongCommandLine) {
                                                {"decode", "--separator", "ab"},
                                                {"decode", "--separator", "\\q"}}) {
         const Outcome outcome = runTool(arguments);
-        EXPECT_EQ(outcome.status, USAGE);
+        EXPECT_NE(complaint(outcome, USAGE), "");
         EXPECT_EQ(outcome.out, "");
-        EXPECT_NE(outcome.err, "");
     }
 }
 

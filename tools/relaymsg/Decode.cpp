@@ -65,8 +65,9 @@ private:
         unknown_ = {stream.number(), stream.offset() + stream.bytes().size(), stream.message().stHead.bCmdId};
         if (first) {
             sayOfInput(messageText(stream) + " has the unknown command " + std::to_string(unknown_.id) +
-                       ", so the length of its body cannot be known.\n"
-                       "  Decoding goes on behind its head; what follows may be its body.\n");
+                       ".\n"
+                       "  The length of its body cannot be known. Decoding goes on behind its head;\n"
+                       "  what follows may be that body.\n");
         }
     }
 

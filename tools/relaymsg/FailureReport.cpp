@@ -27,9 +27,9 @@ std::string particulars(const MessageStream& stream) {
     case Korvan::BIX_ERR_STRING_TOO_LONG:
         return "Its length is given as " + value + "; it holds at most " + most + ", the NUL included.";
     case Korvan::BIX_ERR_COUNT_OUT_OF_RANGE:
-        return "It is " + value + "; " + stop.array + " holds at most " + most + ".";
+        return "The count is " + value + "; " + stop.array + " holds at most " + most + ".";
     case Korvan::BIX_ERR_VERSION_OUT_OF_RANGE:
-        return "It is " + value + ".";
+        return "The version byte is " + value + ".";
     default:
         return "";
     }
@@ -61,9 +61,9 @@ std::string failureText(const MessageStream& stream, const UnknownCommand& unkno
         text += "  " + numbers + "\n";
     }
     if (unknown.number != 0) {
-        text += "  The command " + std::to_string(unknown.id) + " of message " +
-                std::to_string(unknown.number) + " is unknown: what begins at offset " +
-                offsetText(unknown.end) + " may well be its body and no message.\n";
+        text += "  Message " + std::to_string(unknown.number) + " has the unknown command " +
+                std::to_string(unknown.id) + ": what begins at offset " + offsetText(unknown.end) +
+                " may be its body.\n";
     } else if (stream.number() == 1) {
         text += "  Nothing was decoded: is this a stream of relay messages, from its start?\n";
     }

@@ -2,7 +2,7 @@
 
 #include "protocol/cs_relay_msg.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace relaymsg {
 

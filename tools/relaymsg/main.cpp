@@ -1,5 +1,6 @@
 #include "tools/relaymsg/Decode.h"
 #include "tools/relaymsg/Separator.h"
+#include "tools/relaymsg/TextEscape.h"
 
 #include <CLI/CLI.hpp>
 
@@ -73,7 +74,7 @@ void addDecode(CLI::App& app, DecodeOptions& options) {
                     "Only the first line of each message, then totals per command");
     decode
         .add_option("--indent", options.indent,
-                    "Indent the fields by N levels of two blanks; -1: none at any depth (default 1)")
+                    "Levels of two blanks before the fields; -1: no blanks at all (default 1)")
         ->check(CLI::Range(-1, 100).description(""))
         ->type_name("N");
     addParsed(decode, "--separator", options.separator, parseSeparator,
@@ -88,6 +89,10 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", "relaymsg " RELAYMSG_VERSION);
     app.require_subcommand(1);
     app.footer(TOOL_HELP);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return "relaymsg: " + escaped(error.what()) +
+               "\n  `relaymsg --help` and `relaymsg COMMAND --help` tell more.\n";
+    });
     DecodeOptions options;
     addDecode(app, options);
     try {
