@@ -35,10 +35,13 @@ struct Notes : FieldVisitor {
     std::vector<std::string> leaves;
     size_t end = 0;
     bool gap = false;
-    int open_ = 0;
+    std::vector<std::string> open_; // the paths of the groups around the field
 
-    void open(const Group&) override { ++open_; }
-    void close(const Group&) override { --open_; }
+    void open(const Group& group) override { open_.push_back(group.path.text()); }
+    void close(const Group& group) override {
+        EXPECT_EQ(open_.back(), group.path.text());
+        open_.pop_back();
+    }
     void leaf(const Leaf& leaf) override {
         gap = gap || leaf.offset != end;
         end = leaf.offset + leaf.size;
@@ -77,7 +80,7 @@ TEST_F(FieldWalk, coversEveryByteOfEveryCommand) {
         EXPECT_EQ(walkMessage(message, notes).code, BIX_OK);
         EXPECT_FALSE(notes.gap);
         EXPECT_EQ(notes.end, message.size());
-        EXPECT_EQ(notes.open_, 0) << "every group that was opened is closed";
+        EXPECT_TRUE(notes.open_.empty()) << "every group that was opened is closed";
     }
 }
 
