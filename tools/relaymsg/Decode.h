@@ -1,0 +1,26 @@
+/// @file
+/// The command `decode`: shows the messages of a recorded stream.
+#ifndef KORVAN_TOOLS_RELAYMSG_DECODE_H
+#define KORVAN_TOOLS_RELAYMSG_DECODE_H
+
+#include "tools/relaymsg/ExitStatus.h"
+#include "tools/relaymsg/InputForm.h"
+
+#include <string>
+
+namespace relaymsg {
+
+struct DecodeOptions {
+    std::string file = "-";
+    InputForm form = InputForm::Detect;
+    bool summary = false;
+    int indent = 1;
+    char separator = '\n';
+};
+
+/// Runs the command: messages to standard output, what is wrong to standard error.
+ExitStatus decode(const DecodeOptions& options);
+
+} // namespace relaymsg
+
+#endif

@@ -1,0 +1,29 @@
+/// @file
+/// How the tool ends.
+#ifndef KORVAN_TOOLS_RELAYMSG_EXIT_STATUS_H
+#define KORVAN_TOOLS_RELAYMSG_EXIT_STATUS_H
+
+namespace relaymsg {
+
+enum class ExitStatus : int { Ok, Usage, Input, Decode, UnknownCommand, Output };
+
+/// One status in words.
+struct ExitMeaning {
+    ExitStatus status;
+    const char* words;
+};
+
+/// All of them; `--help` shows them.
+inline constexpr ExitMeaning EXIT_MEANINGS[] = {
+    {ExitStatus::Ok, "everything was decoded, or the reader of the output had enough"},
+    {ExitStatus::Usage, "the command line is wrong"},
+    {ExitStatus::Input, "the input cannot be read, is empty, or is no hexadecimal text where it should be"},
+    {ExitStatus::Decode, "a message could not be decoded; all before it were"},
+    {ExitStatus::UnknownCommand,
+     "all was decoded, but a command was unknown: what follows it may be its body"},
+    {ExitStatus::Output, "the output could not be written"},
+};
+
+} // namespace relaymsg
+
+#endif

@@ -1,0 +1,88 @@
+#include "tools/relaymsg/InputForm.h"
+
+#include "tools/relaymsg/HexText.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace relaymsg {
+
+namespace {
+
+/// The bytes of a source, the first of which were looked at before.
+class Peeked : public ByteSource {
+public:
+    explicit Peeked(ByteSource& source) : source_(source) {}
+
+    /// The first bytes, @p size of them unless there are fewer. Only before the first read.
+    std::string_view peek(size_t size) {
+        while (start_.size() < size) {
+            char bytes[DETECTION_SIZE];
+            const size_t count = source_.read(bytes, std::min(sizeof(bytes), size - start_.size()));
+            if (count == 0) {
+                break;
+            }
+            start_.append(bytes, count);
+        }
+        return start_;
+    }
+
+    size_t read(char* to, size_t size) override {
+        if (taken_ == start_.size()) {
+            return source_.read(to, size);
+        }
+        const size_t count = std::min(size, start_.size() - taken_);
+        std::memcpy(to, start_.data() + taken_, count);
+        taken_ += count;
+        return count;
+    }
+
+    const std::string& error() const override { return source_.error(); }
+
+private:
+    ByteSource& source_;
+    std::string start_;
+    size_t taken_ = 0;
+};
+
+/// Text, and the bytes that it stands for.
+class HexInput : public ByteSource {
+public:
+    explicit HexInput(std::unique_ptr<ByteSource> text) : text_(std::move(text)), bytes_(*text_) {}
+
+    size_t read(char* to, size_t size) override { return bytes_.read(to, size); }
+    const std::string& error() const override { return bytes_.error(); }
+
+private:
+    std::unique_ptr<ByteSource> text_;
+    HexText bytes_;
+};
+
+} // namespace
+
+std::optional<InputForm> parseForm(std::string_view name) {
+    if (name == "raw") {
+        return InputForm::Raw;
+    }
+    if (name == "hex") {
+        return InputForm::Hex;
+    }
+    return std::nullopt;
+}
+
+InputForm detectForm(std::string_view start) {
+    return HexText::canBegin(start) ? InputForm::Hex : InputForm::Raw;
+}
+
+std::unique_ptr<ByteSource> openForm(ByteSource& input, InputForm form) {
+    auto peeked = std::make_unique<Peeked>(input);
+    if (form == InputForm::Detect) {
+        form = detectForm(peeked->peek(DETECTION_SIZE));
+    }
+    if (form == InputForm::Hex) {
+        return std::make_unique<HexInput>(std::move(peeked));
+    }
+    return peeked;
+}
+
+} // namespace relaymsg

@@ -1,0 +1,31 @@
+/// @file
+/// In which form an input holds its bytes.
+#ifndef KORVAN_TOOLS_RELAYMSG_INPUT_FORM_H
+#define KORVAN_TOOLS_RELAYMSG_INPUT_FORM_H
+
+#include "tools/relaymsg/ByteSource.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace relaymsg {
+
+enum class InputForm { Detect, Raw, Hex };
+
+/// The form with this name; nothing if there is none.
+std::optional<InputForm> parseForm(std::string_view name);
+
+/// Bytes at the start of an input that are enough to tell its form: up to the version byte of a first
+/// message, which is none of a text's characters.
+inline constexpr size_t DETECTION_SIZE = 9;
+
+/// The form of an input that begins with @p start, its first DETECTION_SIZE bytes or all that it has.
+InputForm detectForm(std::string_view start);
+
+/// The bytes that @p input, which must outlive the result, holds in the form @p form.
+std::unique_ptr<ByteSource> openForm(ByteSource& input, InputForm form);
+
+} // namespace relaymsg
+
+#endif
