@@ -35,7 +35,7 @@ struct Documented {
 
 std::map<std::string, Documented> readHeader() {
     static const std::regex START("(?:struct|union) KORVAN_RECORD (\\w+).*\\{");
-    static const std::regex FIELD("(\\w+)(?:\\[\\d+\\])?;\\s*$");
+    static const std::regex FIELD("(\\w+)(?:\\[\\d+\\])?(?: = \\d+)?;\\s*$");
     std::map<std::string, Documented> records;
     std::string comment;
     Documented* record = nullptr;
@@ -62,15 +62,11 @@ std::map<std::string, Documented> readHeader() {
             code.clear();
             continue;
         }
-        code += line.substr(0, doc);
+        code += line.substr(0, doc); // a declaration may go on in the next line
         if (std::regex_search(code, match, FIELD)) {
             field = match[1];
             record->fields[field];
             code.clear();
-        } else if (doc == std::string::npos || line.find_first_not_of(' ') != doc) {
-            if (code.find_first_not_of(' ') != std::string::npos && doc == std::string::npos) {
-                continue; // a declaration goes on in the next line
-            }
         }
         if (doc != std::string::npos && line.compare(doc, 4, "///<") == 0) {
             record->fields[field] += line.substr(doc + 4);

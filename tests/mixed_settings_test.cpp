@@ -26,9 +26,9 @@ TEST(MixedSettings, MessagesTravelAsEver) {
     size_t used = 0;
     ASSERT_EQ(message->pack(memory, sizeof(memory), &used), 0);
     EXPECT_EQ(used, 24u);
-    EXPECT_EQ(message->pack(memory, 23), -1);
     EXPECT_EQ(message->unpack(memory, used), 0);
     EXPECT_EQ(message->unpack(memory, used - 1), -2);
+    EXPECT_EQ(message->pack(memory, used - 1), -1);
     BixWriteBuf buf(memory, sizeof(memory));
     EXPECT_EQ(buf.textize("%s", "client "), 0);
     EXPECT_EQ(Korvan::BixBufUtil::printString(buf, 0, ';', "[library]", "text"), 0);
