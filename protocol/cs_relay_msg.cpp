@@ -5,6 +5,7 @@
 #include "protocol/Table.h"
 #include "protocol/Visualize.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <iterator>
@@ -244,12 +245,46 @@ constexpr bool isAssigned(const Command& command) {
 
 constexpr uint32_t BODY_VERSION = latestVersion(MEMBERS);
 
+constexpr size_t depth(const Type& type) {
+    size_t deepest = 0;
+    for (const Field& field : type) {
+        if (field.type != nullptr) {
+            deepest = std::max(deepest, depth(*field.type));
+        }
+        if (field.kind == Kind::Union) {
+            for (const Command& member : MEMBERS) {
+                deepest = std::max(deepest, depth(*member.type));
+            }
+        }
+    }
+    return deepest + 1;
+}
+static_assert(depth(typeOf<CSRelayMsg>) == schema::MAX_DEPTH, "MAX_DEPTH is not what the tables say");
+
+/// Whether each array stands right behind its count, so that who takes a message byte by byte knows at once
+/// when the count is too large, and remembers no integer but the last.
+constexpr bool countsAdjoin(const Type& type) {
+    for (size_t i = 0; i < type.fieldCount; ++i) {
+        const int count = type.fields[i].countField;
+        if (count >= 0 && static_cast<size_t>(count) + 1 != i) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(offsetof(CSRelayMsg, stHead) == 0 &&
+                  offsetof(CSRelayMsgHead, bVersion) == schema::VERSION_BYTE &&
+                  offsetof(CSRelayMsgHead, bCmdId) == schema::COMMAND_BYTE,
+              "Schema.h and the head disagree on where version and command are");
+
 template <class... Records>
 struct List {
     static constexpr const Type* types[] = {&typeOf<Records>...};
 
     static_assert(((wireSize(typeOf<Records>, 0, MEMBERS).max == Records::maxWireSize) && ...),
                   "a maxWireSize in the header is not what the tables say");
+    static_assert((countsAdjoin(typeOf<Records>) && ...), "an array does not stand right behind its count");
 };
 
 /// Every record type; a record stands behind those that it contains.
@@ -353,9 +388,9 @@ namespace {
 
 using table::typeOf;
 
-constexpr size_t VERSION_BYTE = 8;
+using schema::VERSION_BYTE;
+
 constexpr uint32_t VERSION_BYTE_SINCE = 1;
-static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
 
 KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, uint32_t cutVer) {
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
@@ -472,6 +507,11 @@ KORVAN_ALWAYS_INLINE int32_t report(size_t* usedSize, Progress progress) {
 using table::Operations;
 
 template <class T>
+const schema::Type& schema::typeOf() noexcept {
+    return table::typeOf<T>;
+}
+
+template <class T>
 int32_t Record<T>::construct() noexcept {
     return Operations<T>::construct(static_cast<T*>(this));
 }
@@ -543,32 +583,39 @@ const char* Record<T>::visualize_ex(BixWriteBuf& buffer, int indent, char sep) c
     return buffer.getBeginPtr();
 }
 
-template struct Record<CSRelayMsgHead>;
-template struct Record<CSRelayMsgPack>;
-template struct Record<CSRelayData>;
-template struct Record<CSRelayInput>;
-template struct Record<CSRelayInputMulty>;
-template struct Record<CSRelayFrame>;
-template struct Record<CSRelayFramePack>;
-template struct Record<CSRelayMsgLoginReq>;
-template struct Record<CSRelayMsgLoginRes>;
-template struct Record<CSRelayMsgReloginNotify>;
-template struct Record<CSRelayMsgHeartBeatReq>;
-template struct Record<CSRelayMsgHeartBeatRes>;
-template struct Record<CSRelayMsgStopReq>;
-template struct Record<CSRelayMsgStopRes>;
-template struct Record<CSRelayError>;
-template struct Record<CSRelayMsgStartReq>;
-template struct Record<CSRelayMsgStartRes>;
-template struct Record<CreateRoomUserInfo>;
-template struct Record<CSRelayMsgSyncReq>;
-template struct Record<CSRelayMsgSyncRes>;
-template struct Record<ReplayPieceInof>;
-template struct Record<CSRelaySeekPlayReq>;
-template struct Record<CSRelaySeekPlayRes>;
-template struct Record<CSRelayStatReq>;
-template struct Record<CSRelayStatRes>;
-template struct Record<CSRelayMsg>;
+// The operations of a record type, and the way from the type to its table.
+#define RECORD(T)                                                                                            \
+    template struct Record<T>;                                                                               \
+    template const schema::Type& schema::typeOf<T>() noexcept;
+
+RECORD(CSRelayMsgHead)
+RECORD(CSRelayMsgPack)
+RECORD(CSRelayData)
+RECORD(CSRelayInput)
+RECORD(CSRelayInputMulty)
+RECORD(CSRelayFrame)
+RECORD(CSRelayFramePack)
+RECORD(CSRelayMsgLoginReq)
+RECORD(CSRelayMsgLoginRes)
+RECORD(CSRelayMsgReloginNotify)
+RECORD(CSRelayMsgHeartBeatReq)
+RECORD(CSRelayMsgHeartBeatRes)
+RECORD(CSRelayMsgStopReq)
+RECORD(CSRelayMsgStopRes)
+RECORD(CSRelayError)
+RECORD(CSRelayMsgStartReq)
+RECORD(CSRelayMsgStartRes)
+RECORD(CreateRoomUserInfo)
+RECORD(CSRelayMsgSyncReq)
+RECORD(CSRelayMsgSyncRes)
+RECORD(ReplayPieceInof)
+RECORD(CSRelaySeekPlayReq)
+RECORD(CSRelaySeekPlayRes)
+RECORD(CSRelayStatReq)
+RECORD(CSRelayStatRes)
+RECORD(CSRelayMsg)
+
+#undef RECORD
 
 // ---- The union ----
 
