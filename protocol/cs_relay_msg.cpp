@@ -1,6 +1,7 @@
 #include "protocol/cs_relay_msg.h"
 
 #include "protocol/Codec.h"
+#include "protocol/Envelope.h"
 #include "protocol/Schema.h"
 #include "protocol/Table.h"
 #include "protocol/Visualize.h"
@@ -392,7 +393,8 @@ using schema::VERSION_BYTE;
 
 constexpr uint32_t VERSION_BYTE_SINCE = 1;
 
-KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, uint32_t cutVer) {
+KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsgHead& head, const void* body, Out& out,
+                                         uint32_t cutVer) {
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
@@ -401,18 +403,18 @@ KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, ui
         return BIX_ERR_VERSION_FIELD_CUT;
     }
     const size_t start = out.position;
-    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&message.stHead, out, version)) {
+    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&head, out, version)) {
         return result;
     }
-    if (const int32_t result = packMember(message.stHead.bCmdId, &message.stBody, out, version)) {
+    if (const int32_t result = packMember(head.bCmdId, body, out, version)) {
         return result;
     }
     out.begin[start + VERSION_BYTE] = static_cast<char>(version); // the head is there, so it fits
     return BIX_OK;
 }
 
-KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, In& in) {
-    uint8_t version = 0;
+/// Looks at the version, then unpacks the head at it.
+KORVAN_ALWAYS_INLINE int32_t unpackHead(CSRelayMsgHead& head, In& in, uint8_t& version) {
     if (in.has(VERSION_BYTE + 1)) {
         version = static_cast<uint8_t>(in.at()[VERSION_BYTE]);
     } else {
@@ -427,10 +429,15 @@ KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, In& in) {
     if (version < VERSION_BYTE_SINCE) {
         return BIX_ERR_VERSION_FIELD_CUT;
     }
-    if (const int32_t result = codec::unpack<typeOf<CSRelayMsgHead>>(&message.stHead, in, version)) {
+    return codec::unpack<typeOf<CSRelayMsgHead>>(&head, in, version);
+}
+
+KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsgHead& head, void* body, In& in) {
+    uint8_t version = 0;
+    if (const int32_t result = unpackHead(head, in, version)) {
         return result;
     }
-    return unpackMember(message.stHead.bCmdId, &message.stBody, in, version);
+    return unpackMember(head.bCmdId, body, in, version);
 }
 
 int32_t visualizeMessage(const CSRelayMsg& message, Out& out, int indent, char sep) {
@@ -462,7 +469,8 @@ int32_t Operations<CSRelayMsg>::construct(void* record) {
 Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t position, size_t length,
                                       uint32_t cutVer) {
     Out out(begin, position, length);
-    const int32_t result = packMessage(*static_cast<const CSRelayMsg*>(record), out, cutVer);
+    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
+    const int32_t result = packMessage(message.stHead, &message.stBody, out, cutVer);
     return {out.position, result};
 }
 
@@ -470,7 +478,8 @@ Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t po
 Progress Operations<CSRelayMsg>::unpack(void* record, const char* begin, size_t position, size_t length,
                                         uint32_t /*cutVer*/) {
     In in(begin, position, length);
-    const int32_t result = unpackMessage(*static_cast<CSRelayMsg*>(record), in);
+    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
+    const int32_t result = unpackMessage(message.stHead, &message.stBody, in);
     return {in.position, result};
 }
 
@@ -675,6 +684,28 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
     Out out(buffer.beginPtr, buffer.position, buffer.length);
     const int32_t result = visualizeMember(selector, this, out, indent, sep);
     return note(buffer, {out.position, result});
+}
+
+// ---- A message in two places ----
+
+int32_t envelope::pack(const CSRelayMsgHead& head, const void* member, BixWriteBuf& buffer,
+                       uint32_t cutVer) noexcept {
+    Out out(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = packMessage(head, member, out, cutVer);
+    return note(buffer, {out.position, result});
+}
+
+int32_t envelope::unpackHead(CSRelayMsgHead& head, BixReadBuf& buffer) noexcept {
+    In in(buffer.beginPtr, buffer.position, buffer.length);
+    uint8_t version = 0;
+    const int32_t result = cs_relay_msg::unpackHead(head, in, version);
+    return note(buffer, {in.position, result});
+}
+
+int32_t envelope::unpack(CSRelayMsgHead& head, void* member, BixReadBuf& buffer) noexcept {
+    In in(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = unpackMessage(head, member, in);
+    return note(buffer, {in.position, result});
 }
 
 // ---- The tables at run time ----
