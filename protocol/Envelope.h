@@ -14,8 +14,8 @@ namespace cs_relay_msg::envelope {
 int32_t pack(const CSRelayMsgHead& head, const void* member, Korvan::BixWriteBuf& buffer,
              uint32_t cutVer) noexcept;
 
-/// Looks at the version, then unpacks the head.
-int32_t unpackHead(CSRelayMsgHead& head, Korvan::BixReadBuf& buffer) noexcept;
+/// Looks at the version, then unpacks the head. The cursor stays.
+int32_t unpackHead(CSRelayMsgHead& head, const Korvan::BixReadBuf& buffer) noexcept;
 
 /// Unpacks the head and the member that it selects, for which there is room at @p member.
 int32_t unpack(CSRelayMsgHead& head, void* member, Korvan::BixReadBuf& buffer) noexcept;

@@ -20,7 +20,7 @@ bool selects(uint8_t commandId, const Type& type) {
 }
 
 /// Whether the message at the cursor has a head that can be read, of a command without a member of this type.
-bool isOther(BixReadBuf buffer, const Type& type) {
+bool isOther(const BixReadBuf& buffer, const Type& type) {
     CSRelayMsgHead head;
     return envelope::unpackHead(head, buffer) == BIX_OK && !selects(head.bCmdId, type);
 }

@@ -695,11 +695,10 @@ int32_t envelope::pack(const CSRelayMsgHead& head, const void* member, BixWriteB
     return note(buffer, {out.position, result});
 }
 
-int32_t envelope::unpackHead(CSRelayMsgHead& head, BixReadBuf& buffer) noexcept {
+int32_t envelope::unpackHead(CSRelayMsgHead& head, const BixReadBuf& buffer) noexcept {
     In in(buffer.beginPtr, buffer.position, buffer.length);
     uint8_t version = 0;
-    const int32_t result = cs_relay_msg::unpackHead(head, in, version);
-    return note(buffer, {in.position, result});
+    return cs_relay_msg::unpackHead(head, in, version);
 }
 
 int32_t envelope::unpack(CSRelayMsgHead& head, void* member, BixReadBuf& buffer) noexcept {
