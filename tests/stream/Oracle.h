@@ -96,6 +96,25 @@ private:
     size_t touched_ = 0;
 };
 
+/// Whether a scan of these bytes, cut into pieces of 0 to 8 by @p seed, finds at each cut what the oracle
+/// says, and a malformed message at the earliest byte. For tests and fuzzers: knows no test framework.
+inline bool scanAgrees(Oracle& oracle, const char* bytes, size_t size, uint32_t seed) {
+    ScanState state;
+    ScanResult result = scan(state, nullptr, 0);
+    while (result.status == ScanStatus::Need && result.size < size) {
+        seed = seed * 1103515245u + 12345u;
+        const size_t piece = std::min<size_t>(size - result.size, (seed >> 16) % 9);
+        result = scan(state, bytes + result.size, piece);
+        const bool ended =
+            result.status == ScanStatus::Complete || result.status == ScanStatus::UnknownCommand;
+        const Verdict found{result.status, result.code, ended ? result.size : 0, result.need};
+        if (!(found == oracle(bytes, result.size)) || result.size + result.need > CSRelayMsg::maxWireSize) {
+            return false;
+        }
+    }
+    return result.status != ScanStatus::Malformed || oracle(bytes, result.offset).status == ScanStatus::Need;
+}
+
 } // namespace oracle
 
 #endif

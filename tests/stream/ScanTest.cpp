@@ -176,6 +176,8 @@ TEST(Scan, AgreesWithUnpackOnHostileBytes) {
             bytes += static_cast<char>(taste == 0 ? any : taste == 1 ? any % 12 : any < 200 ? 0 : any % 5);
         }
         ASSERT_NO_FATAL_FAILURE(expectAsUnpack(bytes, oracle));
+        ASSERT_TRUE(oracle::scanAgrees(oracle, bytes.data(), bytes.size(), static_cast<uint32_t>(random())))
+            << hex(bytes);
         ++seen[static_cast<size_t>(scanWhole(bytes).status)];
     }
     EXPECT_GT(seen[static_cast<size_t>(ScanStatus::Need)], 100u);
