@@ -138,6 +138,17 @@ struct Span {
 /// Every record type, `CSRelayMsg` last; a type stands behind those that it contains.
 KORVAN_API Span<const Type*> types() noexcept;
 
+/// The record type @p T, one of those in cs_relay_msg.h; another does not link.
+template <class T>
+KORVAN_API const Type& typeOf() noexcept;
+
+/// The most records that lie inside each other in a message: `CSRelayMsg`, a member, a frame, a datum.
+inline constexpr size_t MAX_DEPTH = 4;
+
+/// Which bytes of a message tell its version and its command.
+inline constexpr size_t VERSION_BYTE = 8;
+inline constexpr size_t COMMAND_BYTE = 11;
+
 /// Every command in the order of its id.
 KORVAN_API Span<Command> commands() noexcept;
 

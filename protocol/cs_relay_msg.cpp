@@ -1,10 +1,12 @@
 #include "protocol/cs_relay_msg.h"
 
 #include "protocol/Codec.h"
+#include "protocol/Envelope.h"
 #include "protocol/Schema.h"
 #include "protocol/Table.h"
 #include "protocol/Visualize.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <iterator>
@@ -244,12 +246,46 @@ constexpr bool isAssigned(const Command& command) {
 
 constexpr uint32_t BODY_VERSION = latestVersion(MEMBERS);
 
+constexpr size_t depth(const Type& type) {
+    size_t deepest = 0;
+    for (const Field& field : type) {
+        if (field.type != nullptr) {
+            deepest = std::max(deepest, depth(*field.type));
+        }
+        if (field.kind == Kind::Union) {
+            for (const Command& member : MEMBERS) {
+                deepest = std::max(deepest, depth(*member.type));
+            }
+        }
+    }
+    return deepest + 1;
+}
+static_assert(depth(typeOf<CSRelayMsg>) == schema::MAX_DEPTH, "MAX_DEPTH is not what the tables say");
+
+/// Whether each array stands right behind its count, so that who takes a message byte by byte knows at once
+/// when the count is too large, and remembers no integer but the last.
+constexpr bool countsAdjoin(const Type& type) {
+    for (size_t i = 0; i < type.fieldCount; ++i) {
+        const int count = type.fields[i].countField;
+        if (count >= 0 && static_cast<size_t>(count) + 1 != i) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(offsetof(CSRelayMsg, stHead) == 0 &&
+                  offsetof(CSRelayMsgHead, bVersion) == schema::VERSION_BYTE &&
+                  offsetof(CSRelayMsgHead, bCmdId) == schema::COMMAND_BYTE,
+              "Schema.h and the head disagree on where version and command are");
+
 template <class... Records>
 struct List {
     static constexpr const Type* types[] = {&typeOf<Records>...};
 
     static_assert(((wireSize(typeOf<Records>, 0, MEMBERS).max == Records::maxWireSize) && ...),
                   "a maxWireSize in the header is not what the tables say");
+    static_assert((countsAdjoin(typeOf<Records>) && ...), "an array does not stand right behind its count");
 };
 
 /// Every record type; a record stands behind those that it contains.
@@ -353,11 +389,12 @@ namespace {
 
 using table::typeOf;
 
-constexpr size_t VERSION_BYTE = 8;
-constexpr uint32_t VERSION_BYTE_SINCE = 1;
-static_assert(offsetof(CSRelayMsgHead, bVersion) == VERSION_BYTE);
+using schema::VERSION_BYTE;
 
-KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, uint32_t cutVer) {
+constexpr uint32_t VERSION_BYTE_SINCE = 1;
+
+KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsgHead& head, const void* body, Out& out,
+                                         uint32_t cutVer) {
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
@@ -366,18 +403,18 @@ KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsg& message, Out& out, ui
         return BIX_ERR_VERSION_FIELD_CUT;
     }
     const size_t start = out.position;
-    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&message.stHead, out, version)) {
+    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&head, out, version)) {
         return result;
     }
-    if (const int32_t result = packMember(message.stHead.bCmdId, &message.stBody, out, version)) {
+    if (const int32_t result = packMember(head.bCmdId, body, out, version)) {
         return result;
     }
     out.begin[start + VERSION_BYTE] = static_cast<char>(version); // the head is there, so it fits
     return BIX_OK;
 }
 
-KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, In& in) {
-    uint8_t version = 0;
+/// Looks at the version, then unpacks the head at it.
+KORVAN_ALWAYS_INLINE int32_t unpackHead(CSRelayMsgHead& head, In& in, uint8_t& version) {
     if (in.has(VERSION_BYTE + 1)) {
         version = static_cast<uint8_t>(in.at()[VERSION_BYTE]);
     } else {
@@ -392,10 +429,15 @@ KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsg& message, In& in) {
     if (version < VERSION_BYTE_SINCE) {
         return BIX_ERR_VERSION_FIELD_CUT;
     }
-    if (const int32_t result = codec::unpack<typeOf<CSRelayMsgHead>>(&message.stHead, in, version)) {
+    return codec::unpack<typeOf<CSRelayMsgHead>>(&head, in, version);
+}
+
+KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsgHead& head, void* body, In& in) {
+    uint8_t version = 0;
+    if (const int32_t result = unpackHead(head, in, version)) {
         return result;
     }
-    return unpackMember(message.stHead.bCmdId, &message.stBody, in, version);
+    return unpackMember(head.bCmdId, body, in, version);
 }
 
 int32_t visualizeMessage(const CSRelayMsg& message, Out& out, int indent, char sep) {
@@ -427,7 +469,8 @@ int32_t Operations<CSRelayMsg>::construct(void* record) {
 Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t position, size_t length,
                                       uint32_t cutVer) {
     Out out(begin, position, length);
-    const int32_t result = packMessage(*static_cast<const CSRelayMsg*>(record), out, cutVer);
+    const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
+    const int32_t result = packMessage(message.stHead, &message.stBody, out, cutVer);
     return {out.position, result};
 }
 
@@ -435,7 +478,8 @@ Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t po
 Progress Operations<CSRelayMsg>::unpack(void* record, const char* begin, size_t position, size_t length,
                                         uint32_t /*cutVer*/) {
     In in(begin, position, length);
-    const int32_t result = unpackMessage(*static_cast<CSRelayMsg*>(record), in);
+    CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
+    const int32_t result = unpackMessage(message.stHead, &message.stBody, in);
     return {in.position, result};
 }
 
@@ -470,6 +514,11 @@ KORVAN_ALWAYS_INLINE int32_t report(size_t* usedSize, Progress progress) {
 } // namespace
 
 using table::Operations;
+
+template <class T>
+const schema::Type& schema::typeOf() noexcept {
+    return table::typeOf<T>;
+}
 
 template <class T>
 int32_t Record<T>::construct() noexcept {
@@ -543,32 +592,39 @@ const char* Record<T>::visualize_ex(BixWriteBuf& buffer, int indent, char sep) c
     return buffer.getBeginPtr();
 }
 
-template struct Record<CSRelayMsgHead>;
-template struct Record<CSRelayMsgPack>;
-template struct Record<CSRelayData>;
-template struct Record<CSRelayInput>;
-template struct Record<CSRelayInputMulty>;
-template struct Record<CSRelayFrame>;
-template struct Record<CSRelayFramePack>;
-template struct Record<CSRelayMsgLoginReq>;
-template struct Record<CSRelayMsgLoginRes>;
-template struct Record<CSRelayMsgReloginNotify>;
-template struct Record<CSRelayMsgHeartBeatReq>;
-template struct Record<CSRelayMsgHeartBeatRes>;
-template struct Record<CSRelayMsgStopReq>;
-template struct Record<CSRelayMsgStopRes>;
-template struct Record<CSRelayError>;
-template struct Record<CSRelayMsgStartReq>;
-template struct Record<CSRelayMsgStartRes>;
-template struct Record<CreateRoomUserInfo>;
-template struct Record<CSRelayMsgSyncReq>;
-template struct Record<CSRelayMsgSyncRes>;
-template struct Record<ReplayPieceInof>;
-template struct Record<CSRelaySeekPlayReq>;
-template struct Record<CSRelaySeekPlayRes>;
-template struct Record<CSRelayStatReq>;
-template struct Record<CSRelayStatRes>;
-template struct Record<CSRelayMsg>;
+// The operations of a record type, and the way from the type to its table.
+#define RECORD(T)                                                                                            \
+    template struct Record<T>;                                                                               \
+    template const schema::Type& schema::typeOf<T>() noexcept;
+
+RECORD(CSRelayMsgHead)
+RECORD(CSRelayMsgPack)
+RECORD(CSRelayData)
+RECORD(CSRelayInput)
+RECORD(CSRelayInputMulty)
+RECORD(CSRelayFrame)
+RECORD(CSRelayFramePack)
+RECORD(CSRelayMsgLoginReq)
+RECORD(CSRelayMsgLoginRes)
+RECORD(CSRelayMsgReloginNotify)
+RECORD(CSRelayMsgHeartBeatReq)
+RECORD(CSRelayMsgHeartBeatRes)
+RECORD(CSRelayMsgStopReq)
+RECORD(CSRelayMsgStopRes)
+RECORD(CSRelayError)
+RECORD(CSRelayMsgStartReq)
+RECORD(CSRelayMsgStartRes)
+RECORD(CreateRoomUserInfo)
+RECORD(CSRelayMsgSyncReq)
+RECORD(CSRelayMsgSyncRes)
+RECORD(ReplayPieceInof)
+RECORD(CSRelaySeekPlayReq)
+RECORD(CSRelaySeekPlayRes)
+RECORD(CSRelayStatReq)
+RECORD(CSRelayStatRes)
+RECORD(CSRelayMsg)
+
+#undef RECORD
 
 // ---- The union ----
 
@@ -628,6 +684,27 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
     Out out(buffer.beginPtr, buffer.position, buffer.length);
     const int32_t result = visualizeMember(selector, this, out, indent, sep);
     return note(buffer, {out.position, result});
+}
+
+// ---- A message in two places ----
+
+int32_t envelope::pack(const CSRelayMsgHead& head, const void* member, BixWriteBuf& buffer,
+                       uint32_t cutVer) noexcept {
+    Out out(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = packMessage(head, member, out, cutVer);
+    return note(buffer, {out.position, result});
+}
+
+int32_t envelope::unpackHead(CSRelayMsgHead& head, const BixReadBuf& buffer) noexcept {
+    In in(buffer.beginPtr, buffer.position, buffer.length);
+    uint8_t version = 0;
+    return cs_relay_msg::unpackHead(head, in, version);
+}
+
+int32_t envelope::unpack(CSRelayMsgHead& head, void* member, BixReadBuf& buffer) noexcept {
+    In in(buffer.beginPtr, buffer.position, buffer.length);
+    const int32_t result = unpackMessage(head, member, in);
+    return note(buffer, {in.position, result});
 }
 
 // ---- The tables at run time ----
