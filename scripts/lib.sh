@@ -9,7 +9,8 @@ builds=${KORVAN_BUILD_DIR:-$root/build} # set KORVAN_BUILD_DIR when the source t
 
 # What every build needs, as Debian names it: PACKAGE=COMMAND is here if COMMAND can be run, a PACKAGE alone (a
 # library) if dpkg has it.
-build_tools=(cmake=cmake ninja-build=ninja g++=c++)
+# shellcheck disable=SC2034 # the scripts that source this use it
+build_tools=("cmake=cmake" "ninja-build=ninja" "g++=c++")
 cmake_floor=3.25
 
 say() { printf '%s\n' "$*" >&2; }
