@@ -1,4 +1,5 @@
-# Writes the first C++ block of the file ${readme} to example.cpp and the text block behind it to example.txt.
+# Writes to files what the file ${readme} shows: to run.txt what scripts/run prints, up to where it is abridged
+# by a line of dots; to example.cpp the first C++ block; to example.txt the text block behind it.
 
 # cut(language out): the first block of that language goes to the file out, and text holds what follows it.
 macro(cut language out)
@@ -16,5 +17,10 @@ macro(cut language out)
 endmacro()
 
 file(READ "${readme}" text)
+cut(console run.txt)
+string(REGEX REPLACE "^[^\n]*\n" "" run "${block}") # the command itself
+string(FIND "${run}" "...\n" end)
+string(SUBSTRING "${run}" 0 ${end} run)
+file(WRITE run.txt "${run}")
 cut(cpp example.cpp)
 cut(text example.txt)
