@@ -18,9 +18,11 @@ endmacro()
 
 file(READ "${readme}" text)
 cut(console run.txt)
-string(REGEX REPLACE "^[^\n]*\n" "" run "${block}") # the command itself
-string(FIND "${run}" "...\n" end)
-string(SUBSTRING "${run}" 0 ${end} run)
+string(FIND "${block}" "\n" begin) # of the line behind the command
+math(EXPR begin "${begin} + 1")
+string(FIND "${block}" "...\n" end)
+math(EXPR length "${end} - ${begin}")
+string(SUBSTRING "${block}" ${begin} ${length} run)
 file(WRITE run.txt "${run}")
 cut(cpp example.cpp)
 cut(text example.txt)

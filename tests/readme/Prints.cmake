@@ -1,6 +1,6 @@
-# Fails unless ${program} with ${arguments} succeeds and prints exactly what the file ${expected} holds, or, with
+# Fails unless ${program} ${command} ${file} succeeds and prints exactly what the file ${expected} holds, or, with
 # ${start} on, begins with that.
-execute_process(COMMAND ${emulator} "${program}" ${arguments} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
+execute_process(COMMAND ${emulator} "${program}" ${command} ${file} OUTPUT_VARIABLE printed RESULT_VARIABLE status)
 string(REPLACE "\r\n" "\n" printed "${printed}")
 file(READ "${expected}" text)
 if(start)
