@@ -113,9 +113,7 @@ public:
     /// Releases the memory with `delete[]` unless it is null; the buffer then owns nothing and its `beginPtr`
     /// is null. `position` and `length` stay as they were: call `_set` before the next write.
     KORVAN_ALWAYS_INLINE void _free() noexcept {
-        if (beginPtr != nullptr) {
-            delete[] beginPtr;
-        }
+        delete[] beginPtr; // which does nothing when it is null
         ownsBuffer = false;
         beginPtr = nullptr;
     }
