@@ -414,7 +414,7 @@ KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsgHead& head, const void*
 }
 
 /// Looks at the version, then unpacks the head at it.
-KORVAN_ALWAYS_INLINE int32_t unpackHead(CSRelayMsgHead& head, In& in, uint8_t& version) {
+KORVAN_ALWAYS_INLINE int32_t unpackMessageHead(CSRelayMsgHead& head, In& in, uint8_t& version) {
     if (in.has(VERSION_BYTE + 1)) {
         version = static_cast<uint8_t>(in.at()[VERSION_BYTE]);
     } else {
@@ -434,7 +434,7 @@ KORVAN_ALWAYS_INLINE int32_t unpackHead(CSRelayMsgHead& head, In& in, uint8_t& v
 
 KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsgHead& head, void* body, In& in) {
     uint8_t version = 0;
-    if (const int32_t result = unpackHead(head, in, version)) {
+    if (const int32_t result = unpackMessageHead(head, in, version)) {
         return result;
     }
     return unpackMember(head.bCmdId, body, in, version);
@@ -698,7 +698,7 @@ int32_t envelope::pack(const CSRelayMsgHead& head, const void* member, BixWriteB
 int32_t envelope::unpackHead(CSRelayMsgHead& head, const BixReadBuf& buffer) noexcept {
     In in(buffer.beginPtr, buffer.position, buffer.length);
     uint8_t version = 0;
-    return cs_relay_msg::unpackHead(head, in, version);
+    return unpackMessageHead(head, in, version);
 }
 
 int32_t envelope::unpack(CSRelayMsgHead& head, void* member, BixReadBuf& buffer) noexcept {
