@@ -124,9 +124,8 @@ inline constexpr int32_t OTHER_COMMAND = 1;
 /// the head goes.
 ///
 /// @return 0; -19 (`BIX_ERR_NULL_ARGUMENT`) for a null @p buffer, -2 (`BIX_ERR_READ_UNDERFLOW`) for fewer
-/// than
-///         9 bytes, and -20 (`BIX_ERR_VERSION_OUT_OF_RANGE`) for a version other than 1 to 3: @p head then
-///         stays as it was; -2 for 9 to 11 bytes: the fields that are there are then in @p head.
+///         than 9 bytes, and -20 (`BIX_ERR_VERSION_OUT_OF_RANGE`) for a version other than 1 to 3: @p head
+///         then stays as it was; -2 for 9 to 11 bytes: the fields that are there are then in @p head.
 KORVAN_API int32_t unpackHead(CSRelayMsgHead& head, const char* buffer, size_t size) noexcept;
 
 /// Packs a message of @p head and @p member as `CSRelayMsg::pack` does: same bytes, same result, same used
@@ -134,7 +133,8 @@ KORVAN_API int32_t unpackHead(CSRelayMsgHead& head, const char* buffer, size_t s
 /// not NUL.
 ///
 /// The head's `bCmdId` must select a member of type @p T; if it does not, the result is `OTHER_COMMAND`, and
-/// the buffer stays as it was, with a used size of 0 more. A null plain buffer is -19 before that.
+/// nothing is written: the cursor stays, and a plain buffer's used size is 0. A null plain buffer is -19
+/// before that.
 template <class T>
 int32_t packMessage(const CSRelayMsgHead& head, const Record<T>& member, char* buffer, size_t size,
                     size_t* usedSize = nullptr, uint32_t cutVer = 0) noexcept;
@@ -156,8 +156,8 @@ template <class T>
 int32_t unpackMessage(CSRelayMsgHead& head, Record<T>& member, Korvan::BixReadBuf& buffer) noexcept;
 
 /// Makes @p message ready to be filled in for a command: the head at its defaults with `bCmdId` set, and the
-/// member that it selects at its defaults. The rest of the body stays as it was and is not touched, so this
-/// costs no more than that member.
+/// member that it selects as its `construct` leaves it. The rest of the body stays as it was and is not
+/// touched, so this costs no more than that member.
 ///
 /// @return whether @p command, one of the constants in `cmd`, is assigned; if not, @p message stays as it was
 [[nodiscard]] KORVAN_API bool beginMessage(CSRelayMsg& message, long long command) noexcept;
@@ -168,8 +168,7 @@ int32_t unpackMessage(CSRelayMsgHead& head, Record<T>& member, Korvan::BixReadBu
 /// one that holds a NUL without a word; this refuses both.
 ///
 /// Writes the text, the NUL behind it, and a NUL into the field's last character, so that packing this field
-/// writes nothing to the record. Characters in between stay as they were. @p text may lie in the field
-/// itself.
+/// writes nothing to the record. Characters in between stay as they were. @p text may lie in the field.
 ///
 /// @return 0; -3 (`BIX_ERR_STRING_TOO_LONG`) if the text has more than N - 1 characters; -5
 ///         (`BIX_ERR_STRING_MALFORMED`) if it holds a NUL. The field then stays as it was.
@@ -181,9 +180,8 @@ int32_t setText(char (&field)[N], std::nullptr_t) = delete;
 /// Sets an array of bytes and its count, such as `setBytes(datum, &CSRelayData::szRelayBuf, input, size)`.
 /// Bytes behind the counted ones stay as they were. @p bytes may lie in the field itself.
 ///
-/// @return 0; -7 (`BIX_ERR_COUNT_OUT_OF_RANGE`) if @p size is above N; -8 (`BIX_ERR_NULL_POINTER`) if @p
-/// bytes
-///         is null and @p size is not 0. Field and count then stay as they were.
+/// @return 0; -7 (`BIX_ERR_COUNT_OUT_OF_RANGE`) if @p size is above N; -8 (`BIX_ERR_NULL_POINTER`) if
+///         @p bytes is null and @p size is not 0. Field and count then stay as they were.
 template <class T, size_t N>
 int32_t setBytes(T& record, uint8_t (T::*field)[N], const void* bytes, size_t size) noexcept;
 
