@@ -5,7 +5,7 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(standard "")
-foreach(name array cassert climits cstdarg cstddef cstdint cstdio cstring type_traits utility)
+foreach(name array cassert climits cstdarg cstddef cstdint cstdio cstring string_view type_traits utility)
     string(APPEND standard "#include <${name}>\n")
 endforeach()
 
