@@ -1,6 +1,6 @@
 #include "vectors/VectorJson.h"
 
-#include "protocol/cs_relay_msg.h"
+#include "protocol/Scalar.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,38 +12,12 @@ namespace vectors {
 namespace {
 
 using namespace cs_relay_msg::schema;
+namespace scalar = cs_relay_msg::scalar;
 
 constexpr size_t WORTH_SHORTENING = 64; // characters
 
-template <class T>
-T load(const char* from) {
-    T value;
-    std::memcpy(&value, from, sizeof(value));
-    return value;
-}
-
-template <class T>
-void store(char* to, uint64_t bits) {
-    const T value = static_cast<T>(bits);
-    std::memcpy(to, &value, sizeof(value));
-}
-
-void storeScalar(const Field& field, char* record, uint64_t bits) {
-    char* const to = record + field.offset;
-    switch (field.width) {
-    case 1:
-        return store<uint8_t>(to, bits);
-    case 2:
-        return store<uint16_t>(to, bits);
-    case 4:
-        return store<uint32_t>(to, bits);
-    default:
-        return store<uint64_t>(to, bits);
-    }
-}
-
 Json scalarJson(const Field& field, const char* record) {
-    const uint64_t bits = loadScalar(field, record);
+    const uint64_t bits = scalar::load(field, record);
     if (field.width == 8) {
         return std::to_string(bits);
     }
@@ -189,10 +163,9 @@ struct Writer {
     }
 
     Json selected(const char* a, const char* b, const char* one, const char* other) const {
-        constexpr size_t COMMAND = offsetof(cs_relay_msg::CSRelayMsgHead, bCmdId);
-        const Command* const command = findCommand(static_cast<uint8_t>(one[COMMAND]));
+        const Command* const command = findCommand(static_cast<uint8_t>(one[COMMAND_BYTE]));
         Json result = Json::object();
-        if (one[COMMAND] == other[COMMAND] && command != nullptr) {
+        if (one[COMMAND_BYTE] == other[COMMAND_BYTE] && command != nullptr) {
             Json body = record(*command->type, a, b);
             if (complete || !body.empty()) {
                 result[command->name] = std::move(body);
@@ -203,8 +176,8 @@ struct Writer {
 
     Json counted(const Type& type, const Field& field, const char* one, const char* other) const {
         const Field& counter = type.fields[field.countField];
-        const uint64_t count = loadScalar(counter, one);
-        if (count != loadScalar(counter, other) || count > field.bound) {
+        const uint64_t count = scalar::load(counter, one);
+        if (count != scalar::load(counter, other) || count > field.bound) {
             return {};
         }
         const char* const a = one + field.offset;
@@ -245,7 +218,7 @@ void applyMember(const Field& field, char* record, const Json& value) {
     char* const to = record + field.offset;
     switch (field.kind) {
     case Kind::Scalar:
-        return storeScalar(field, record, scalarFrom(field, value));
+        return scalar::store(field, record, scalarFrom(field, value));
     case Kind::Bytes:
         return applyBytes(field, to, fromHex(value));
     case Kind::String:
@@ -267,20 +240,6 @@ void applyMember(const Field& field, char* record, const Json& value) {
 }
 
 } // namespace
-
-uint64_t loadScalar(const Field& field, const char* record) {
-    const char* const from = record + field.offset;
-    switch (field.width) {
-    case 1:
-        return load<uint8_t>(from);
-    case 2:
-        return load<uint16_t>(from);
-    case 4:
-        return load<uint32_t>(from);
-    default:
-        return load<uint64_t>(from);
-    }
-}
 
 const Type& typeNamed(const std::string& name) {
     for (const Type* type : types()) {

@@ -14,7 +14,6 @@
 namespace vectors {
 
 using Json = nlohmann::ordered_json;
-using cs_relay_msg::schema::Field;
 using cs_relay_msg::schema::Type;
 
 /// Memory for one record of any type, each byte set to the same value.
@@ -29,9 +28,6 @@ public:
 private:
     std::vector<char> bytes_;
 };
-
-/// The bits of a scalar field.
-uint64_t loadScalar(const Field& field, const char* record);
 
 /// The type of that name. Throws std::runtime_error if there is none.
 const Type& typeNamed(const std::string& name);

@@ -23,7 +23,7 @@ constexpr char HELD = '\xee';               // what an output buffer holds befor
 constexpr size_t ROOM = 1u << 20;           // more than any record takes
 constexpr size_t TEXT_ROOM = 8u << 20;      // more than any text takes
 constexpr size_t CUT_EVERYWHERE = 2u << 10; // bytes: shorter wire forms are cut at every byte
-constexpr size_t MESSAGE_HEAD = 12;
+constexpr size_t MESSAGE_HEAD = cs_relay_msg::CSRelayMsgHead::maxWireSize;
 
 /// The file of each group, and what is in it.
 const std::map<std::string, std::vector<std::string>> GROUPS = {
@@ -546,7 +546,7 @@ void versionBytes(File& file, const Type& message) {
     std::string wire = pack(message, record, 0).bytes;
     for (int version = 0; version <= 255; ++version) {
         const std::string name = "CSRelayMsg/bVersion/" + std::to_string(version);
-        wire[8] = static_cast<char>(version);
+        wire[VERSION_BYTE] = static_cast<char>(version);
         file.unpacked(name, message, wire);
         // The record's own version does not reach the wire.
         file.both(name + "/own", message, heartBeat(message, static_cast<uint8_t>(version)),
@@ -559,7 +559,7 @@ void versionBytes(File& file, const Type& message) {
           {{"stHead", {{"bVersion", 9}}}, {"stBody", {{command.name, {{"wLength", 1025}}}}}});
     file.refused("CSRelayMsg/bVersion/not-stamped", message, failing);
     for (const char version : {'\x00', '\x01', '\x03', '\x04', '\xff'}) {
-        wire[8] = version;
+        wire[VERSION_BYTE] = version;
         for (const size_t length : {size_t{0}, size_t{8}, size_t{9}, size_t{11}, size_t{12}}) {
             file.unpacked("CSRelayMsg/first-bytes/" + std::to_string(length) + "/version-" +
                               std::to_string(static_cast<uint8_t>(version)),

@@ -1,4 +1,5 @@
 /// Runs every vector file against the library, in both directions.
+#include "protocol/Scalar.h"
 #include "protocol/cs_relay_msg.h"
 #include "vectors/VectorJson.h"
 
@@ -18,7 +19,6 @@ using Korvan::BixWriteBuf;
 
 constexpr char HELD = '\xee';               // what an output buffer holds before
 constexpr size_t CUT_EVERYWHERE = 2u << 10; // bytes: longer wire forms are cut near the stops only
-constexpr size_t VERSION_AT = 8;
 
 struct Packed {
     int32_t code;
@@ -119,7 +119,7 @@ struct Reader {
 
     static size_t countOf(const Type& type, const Field& field, const char* record) {
         const Field& counter = type.fields[field.countField];
-        return static_cast<size_t>(loadScalar(counter, record));
+        return static_cast<size_t>(cs_relay_msg::scalar::load(counter, record));
     }
 };
 
@@ -144,7 +144,7 @@ void checkUnpackCuts(const Type& type, const Json& vector, const std::string& wi
     const Json& expected = vector.at("cuts").at("unpack");
     const Storage whole = recordOf(type, receivedOf(vector));
     const bool isMessage = type.fields[type.fieldCount - 1].kind == Kind::Union;
-    const uint32_t version = isMessage ? static_cast<uint8_t>(wire[VERSION_AT]) : cut;
+    const uint32_t version = isMessage ? static_cast<uint8_t>(wire[VERSION_BYTE]) : cut;
     const Storage before(type, '\x5a');
     Storage record = before;
     Storage left = before;
@@ -173,7 +173,7 @@ void checkPackCuts(const Type& type, const Json& vector, const std::string& wire
     const bool isMessage = type.fields[type.fieldCount - 1].kind == Kind::Union;
     std::string written = wire;
     if (isMessage) {
-        written[VERSION_AT] = record.data()[VERSION_AT];
+        written[VERSION_BYTE] = record.data()[VERSION_BYTE];
     }
     std::string memory;
     eachCut(expected.at("stops"), wire.size(), [&](size_t length, size_t stop, bool) {

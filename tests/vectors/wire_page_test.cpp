@@ -285,7 +285,7 @@ void checkExample(const Example& example) {
         EXPECT_EQ(type.unpack(record.data(), in, example.cut), example.code);
         (void)type.unpack(other.data(), again, example.cut);
         const size_t used = in.getUsedSize();
-        const uint32_t cut = name == "CSRelayMsg" ? static_cast<uint8_t>(rest.at(8)) : example.cut;
+        const uint32_t cut = name == "CSRelayMsg" ? static_cast<uint8_t>(rest.at(VERSION_BYTE)) : example.cut;
         std::vector<Fact> read;
         flatten(writtenJson(type, record.data(), other.data(), false), "", read);
         std::copy_if(read.begin(), read.end(), std::back_inserter(facts),

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Runs vector files against relay_wire.py: run_vectors.py [FILE...], by default all of ../*.jsonl."""
+"""Runs vector files against relay_wire.py, by default all of the folder above."""
 
+import argparse
 import json
 import pathlib
 import sys
@@ -208,22 +209,35 @@ RUN = {"both": run_both, "pack": run_pack, "unpack": run_unpack, "text": run_tex
        "stream": run_stream}
 
 
-def main(paths):
+def complaint(vector):
+    """What is wrong, or None."""
+    try:
+        RUN[vector["test"]](vector)
+        return None
+    except (Failed, ArithmeticError, LookupError, TypeError, ValueError) as error:
+        return str(error) or type(error).__name__
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--stop", action="store_true", help="stop at the first failure")
+    parser.add_argument("files", nargs="*", type=pathlib.Path)
+    arguments = parser.parse_args()
     here = pathlib.Path(__file__).resolve().parent
-    paths = [pathlib.Path(path) for path in paths] or sorted(here.parent.glob("*.jsonl"))
     total = failures = 0
-    for path in paths:
+    for path in arguments.files or sorted(here.parent.glob("*.jsonl")):
         for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
             vector = json.loads(line)
             total += 1
-            try:
-                RUN[vector["test"]](vector)
-            except (Failed, ArithmeticError, LookupError, TypeError, ValueError) as error:
+            wrong = complaint(vector)
+            if wrong is not None:
                 failures += 1
-                print(f"{path.name}:{number}: {vector['id']}: {error or type(error).__name__}")
+                print(f"{path.name}:{number}: {vector['id']}: {wrong}")
+                if arguments.stop:
+                    return 1
     print(f"{total} vectors, {failures} failed")
     return 1 if failures or not total else 0
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(main())
