@@ -1,0 +1,38 @@
+# Whether the committed vectors are what the program writes, and SHA256SUMS lists them all.
+# cmake -DMAKE_VECTORS=program -DVECTORS=folder -DOUT=folder -P fresh.cmake
+
+file(REMOVE_RECURSE ${OUT})
+file(MAKE_DIRECTORY ${OUT})
+execute_process(COMMAND ${MAKE_VECTORS} ${OUT} COMMAND_ERROR_IS_FATAL ANY)
+
+file(GLOB written RELATIVE ${OUT} ${OUT}/*.jsonl)
+file(GLOB committed RELATIVE ${VECTORS} ${VECTORS}/*.jsonl)
+list(REMOVE_ITEM committed core.jsonl) # written by hand
+if(NOT written STREQUAL committed)
+    message(FATAL_ERROR "the program writes ${written}, committed are ${committed}")
+endif()
+foreach(name IN LISTS written)
+    file(SHA256 ${OUT}/${name} new)
+    file(SHA256 ${VECTORS}/${name} old)
+    if(NOT new STREQUAL old)
+        message(SEND_ERROR "vectors/${name} is not what make_vectors writes; run scripts/vectors")
+    endif()
+endforeach()
+
+set(sums "")
+file(GLOB files RELATIVE ${VECTORS} ${VECTORS}/*.jsonl)
+list(SORT files)
+set(total 0)
+foreach(name IN LISTS files)
+    file(SHA256 ${VECTORS}/${name} sum)
+    file(SIZE ${VECTORS}/${name} size)
+    math(EXPR total "${total} + ${size}")
+    string(APPEND sums "${sum}  ${name}\n")
+endforeach()
+file(READ ${VECTORS}/SHA256SUMS listed)
+if(NOT listed STREQUAL sums)
+    message(SEND_ERROR "vectors/SHA256SUMS does not pin the files; run scripts/vectors")
+endif()
+if(total GREATER 5000000)
+    message(SEND_ERROR "the vectors have ${total} bytes; 5 MB are agreed")
+endif()
