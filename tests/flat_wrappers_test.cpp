@@ -1,6 +1,7 @@
 // The operations over a plain buffer: null, size 0, and the used size on success and on failure.
 #include "protocol/cs_relay_msg.h"
 #include "tests/Bytes.h"
+#include "tests/support/RecordTypes.h"
 
 #include <gtest/gtest.h>
 
@@ -21,14 +22,7 @@ protected:
     size_t used = 99;
 };
 
-using AllRecords =
-    testing::Types<CSRelayMsgHead, CSRelayMsgPack, CSRelayData, CSRelayInput, CSRelayInputMulty, CSRelayFrame,
-                   CSRelayFramePack, CSRelayMsgLoginReq, CSRelayMsgLoginRes, CSRelayMsgReloginNotify,
-                   CSRelayMsgHeartBeatReq, CSRelayMsgHeartBeatRes, CSRelayMsgStopReq, CSRelayMsgStopRes,
-                   CSRelayError, CSRelayMsgStartReq, CSRelayMsgStartRes, CreateRoomUserInfo,
-                   CSRelayMsgSyncReq, CSRelayMsgSyncRes, ReplayPieceInof, CSRelaySeekPlayReq,
-                   CSRelaySeekPlayRes, CSRelayStatReq, CSRelayStatRes, CSRelayMsg>;
-TYPED_TEST_SUITE(FlatWrappers, AllRecords);
+TYPED_TEST_SUITE(FlatWrappers, tests::RecordTypes, tests::RecordNames);
 
 TYPED_TEST(FlatWrappers, NullBufferIsRefusedAndUsedSizeLeftAlone) {
     for (const size_t size : {size_t{0}, size_t{64}}) {

@@ -2,6 +2,7 @@
 #include "Common/Source/Core/BIX/BixBufUtil.h"
 #include "protocol/Schema.h"
 #include "protocol/cs_relay_msg.h"
+#include "tests/support/RecordTypes.h"
 
 #include <gtest/gtest.h>
 
@@ -60,14 +61,7 @@ char memory[1 << 20];
 template <class T>
 class NoAllocation : public testing::Test {};
 
-using AllRecords =
-    testing::Types<CSRelayMsgHead, CSRelayMsgPack, CSRelayData, CSRelayInput, CSRelayInputMulty, CSRelayFrame,
-                   CSRelayFramePack, CSRelayMsgLoginReq, CSRelayMsgLoginRes, CSRelayMsgReloginNotify,
-                   CSRelayMsgHeartBeatReq, CSRelayMsgHeartBeatRes, CSRelayMsgStopReq, CSRelayMsgStopRes,
-                   CSRelayError, CSRelayMsgStartReq, CSRelayMsgStartRes, CreateRoomUserInfo,
-                   CSRelayMsgSyncReq, CSRelayMsgSyncRes, ReplayPieceInof, CSRelaySeekPlayReq,
-                   CSRelaySeekPlayRes, CSRelayStatReq, CSRelayStatRes, CSRelayMsg>;
-TYPED_TEST_SUITE(NoAllocation, AllRecords);
+TYPED_TEST_SUITE(NoAllocation, tests::RecordTypes, tests::RecordNames);
 
 /// Every operation, with room and without.
 template <class T>

@@ -37,7 +37,7 @@ protected:
     std::unique_ptr<T> record;
 };
 
-TYPED_TEST_SUITE(Flat, RecordTypes);
+TYPED_TEST_SUITE(Flat, RecordTypes, RecordNames);
 
 TYPED_TEST(Flat, TypeIsThatOfItsTable) {
     EXPECT_EQ(this->match.type().size, sizeof(TypeParam));

@@ -51,6 +51,14 @@ struct RecordName;
 KORVAN_RECORD_TYPES(KORVAN_RECORD_NAME)
 #undef KORVAN_RECORD_NAME
 
+/// Names the cases of a typed test suite after their records.
+struct RecordNames {
+    template <class T>
+    static const char* GetName(int /*index*/) {
+        return RecordName<T>::value;
+    }
+};
+
 #define KORVAN_RECORD_TYPE(T) , cs_relay_msg::T
 template <class First, class... T>
 using TypesBehind = ::testing::Types<T...>;
