@@ -37,7 +37,7 @@ protected:
     std::unique_ptr<T> record;
 };
 
-TYPED_TEST_SUITE(Flat, RecordTypes);
+TYPED_TEST_SUITE(Flat, RecordTypes, ); // the comma is for clang, which wants the variadic argument
 
 TYPED_TEST(Flat, TypeIsThatOfItsTable) {
     EXPECT_EQ(this->match.type().size, sizeof(TypeParam));
