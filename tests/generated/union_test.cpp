@@ -172,6 +172,10 @@ TEST_F(Union, PackIsTheMembersOwn) {
             EXPECT_EQ(used, shorterOut.getUsedSize());
             EXPECT_EQ(byUnion, shorter);
             EXPECT_TRUE(isScratch());
+            BixWriteBuf again(byUnion.data(), size);
+            EXPECT_EQ(body->pack(command.id, again, cutVer), code);
+            EXPECT_EQ(again.getUsedSize(), used);
+            EXPECT_EQ(byUnion, shorter);
             ASSERT_FALSE(HasFailure());
         }
     }
@@ -204,6 +208,11 @@ TEST_F(Union, UnpackIsTheMembersOwn) {
             size_t used = UNSET;
             EXPECT_EQ(body->unpack(command.id, image.data(), size, &used, cutVer), BIX_ERR_READ_UNDERFLOW);
             EXPECT_EQ(used, shorterIn.getUsedSize());
+            EXPECT_TRUE(isScratch());
+            load(before);
+            BixReadBuf again(image.data(), size);
+            EXPECT_EQ(body->unpack(command.id, again, cutVer), BIX_ERR_READ_UNDERFLOW);
+            EXPECT_EQ(again.getUsedSize(), used);
             EXPECT_TRUE(isScratch());
             ASSERT_FALSE(HasFailure());
         }
