@@ -7,10 +7,13 @@
 #include "fuzz/Memory.h"
 #include "fuzz/Require.h"
 #include "fuzz/Target.h"
+#include "tests/stream/Oracle.h"
 
 using namespace Korvan;
 
 namespace {
+
+constexpr size_t MOST_SCANNED = 300; ///< bytes: at each cut there is an unpack, or several
 
 bool isUnpackResult(int32_t code) {
     return code == BIX_OK || code == BIX_ERR_READ_UNDERFLOW || code == BIX_ERR_STRING_TOO_LONG ||
@@ -38,6 +41,11 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     KORVAN_REQUIRE(isUnpackResult(code));
     KORVAN_REQUIRE(in.getUsedSize() <= wire.size());
     KORVAN_REQUIRE(fuzz::same(wire.data(), input.wire, wire.size()));
+
+    if (input.type.size == sizeof(cs_relay_msg::CSRelayMsg) && input.size <= MOST_SCANNED) {
+        static oracle::Oracle oracle;
+        KORVAN_REQUIRE(oracle::scanAgrees(oracle, wire.data(), wire.size(), input.number));
+    }
 
     BixReadBuf again(wire.data(), wire.size());
     KORVAN_REQUIRE(input.type.unpack(record, again, input.cutVer) == code);

@@ -12,6 +12,8 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -80,16 +82,53 @@ void writeBuffers(const std::filesystem::path& folder) {
     }
 }
 
+/// Bytes as `xxd`, `hexdump -C` and `od -Ax -tx1` print them, and as plain digits.
+std::string hexText(const std::string& bytes, const char* offset, const char* before, const char* between) {
+    constexpr size_t LINE = 16;
+    std::string text;
+    char piece[24];
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (i % LINE == 0) {
+            std::snprintf(piece, sizeof(piece), offset, static_cast<unsigned>(i));
+            text += (i == 0 ? "" : "\n") + std::string(piece) + before;
+        }
+        std::snprintf(piece, sizeof(piece), "%02x", static_cast<unsigned>(static_cast<uint8_t>(bytes[i])));
+        text += piece + std::string(between);
+    }
+    return text + "\n";
+}
+
+void writeReaders(const std::filesystem::path& folder, const std::filesystem::path& session) {
+    std::filesystem::create_directories(folder);
+    std::ifstream file(session, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (bytes.empty()) {
+        throw std::runtime_error("cannot read " + session.string());
+    }
+    const std::string part = bytes.substr(0, 200);
+    const std::string header{0, 1};
+    writeFile(folder / "raw", header + part);
+    writeFile(folder / "raw-whole", header + bytes);
+    writeFile(folder / "summary", std::string{3, 1} + bytes);
+    writeFile(folder / "plain", header + hexText(part, "", "", ""));
+    writeFile(folder / "xxd", header + hexText(part, "%08x:", " ", ""));
+    writeFile(folder / "hexdump", header + hexText(part, "%08x", "  ", " "));
+    writeFile(folder / "od", header + hexText(part, "%06x", " ", " "));
+    writeFile(folder / "repeated",
+              std::string{2, 1} + hexText(std::string(16, '\1'), "%08x", "  ", " ") + "*\n00000040\n");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: fuzz_seeds FOLDER\n");
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: fuzz_seeds FOLDER SESSION\n");
         return 2;
     }
     try {
         writeRecords(std::filesystem::path(argv[1]) / "records");
         writeBuffers(std::filesystem::path(argv[1]) / "buffers");
+        writeReaders(std::filesystem::path(argv[1]) / "readers", argv[2]);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;
