@@ -6,11 +6,11 @@ namespace floors {
 
 #define KORVAN_BENCH_CALL(name)                                                                              \
     template <class Payload>                                                                                 \
-    KORVAN_NOINLINE size_t FloorCall<Payload>::pack##name(const Message& m, char* to, size_t room) {         \
+    size_t FloorCall<Payload>::pack##name(const Message& m, char* to, size_t room) {                         \
         return Floor<Payload>::pack##name(m, to, room);                                                      \
     }                                                                                                        \
     template <class Payload>                                                                                 \
-    KORVAN_NOINLINE size_t FloorCall<Payload>::unpack##name(Message& m, const char* from, size_t room) {     \
+    size_t FloorCall<Payload>::unpack##name(Message& m, const char* from, size_t room) {                     \
         return Floor<Payload>::unpack##name(m, from, room);                                                  \
     }
 
@@ -27,13 +27,13 @@ template struct FloorCall<LibraryCopy>;
 template struct FloorCall<ExactMoves>;
 template struct FloorCall<WideMove>;
 
-KORVAN_NOINLINE size_t TextFloorCall::heartBeat(const Message& m, char* to, size_t room) {
+size_t TextFloorCall::heartBeat(const Message& m, char* to, size_t room) {
     return TextFloor::heartBeat(m, to, room);
 }
-KORVAN_NOINLINE size_t TextFloorCall::input(const Message& m, char* to, size_t room) {
+size_t TextFloorCall::input(const Message& m, char* to, size_t room) {
     return TextFloor::input(m, to, room);
 }
-KORVAN_NOINLINE size_t TextFloorCall::framePack(const Message& m, char* to, size_t room) {
+size_t TextFloorCall::framePack(const Message& m, char* to, size_t room) {
     return TextFloor::framePack(m, to, room);
 }
 

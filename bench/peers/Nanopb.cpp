@@ -45,23 +45,23 @@ struct Nanopb {
         switch (from.stHead.bCmdId) {
         case cmd::stRelayLoginReq: {
             const CSRelayMsgLoginReq& login = from.stBody.stRelayLoginReq;
-            to.which_body = relay_pb_Message_login_tag;
-            setBytes(to.body.login.sig_buf, login.szSigBuf, std::strlen(login.szSigBuf));
-            to.body.login.reserve = login.dwReserve;
+            to.has_login = true;
+            setBytes(to.login.sig_buf, login.szSigBuf, std::strlen(login.szSigBuf));
+            to.login.reserve = login.dwReserve;
             break;
         }
         case cmd::stRelayInputing:
-            to.which_body = relay_pb_Message_input_tag;
-            to.body.input.has_relay_data = true;
-            fillData(to.body.input.relay_data, from.stBody.stRelayInputing.stRelayData);
-            to.body.input.repeat_count = from.stBody.stRelayInputing.bRepeatCount;
+            to.has_input = true;
+            to.input.has_relay_data = true;
+            fillData(to.input.relay_data, from.stBody.stRelayInputing.stRelayData);
+            to.input.repeat_count = from.stBody.stRelayInputing.bRepeatCount;
             break;
         case cmd::stRelayLockStep: {
             const CSRelayFramePack& frames = from.stBody.stRelayLockStep;
-            to.which_body = relay_pb_Message_frame_pack_tag;
-            to.body.frame_pack.relay_data_count = frames.bCount;
+            to.has_frame_pack = true;
+            to.frame_pack.relay_data_count = frames.bCount;
             for (size_t i = 0; i < frames.bCount; ++i) {
-                relay_pb_Frame& frame = to.body.frame_pack.relay_data[i];
+                relay_pb_Frame& frame = to.frame_pack.relay_data[i];
                 const CSRelayFrame& source = frames.astRelayData[i];
                 frame.frame_id = source.dwFrameId;
                 frame.relay_data_count = source.bCount;
@@ -74,15 +74,15 @@ struct Nanopb {
         }
         case cmd::stCSRelayMsgStatUserRes: {
             const CSRelayStatRes& answer = from.stBody.stCSRelayMsgStatUserRes;
-            to.which_body = relay_pb_Message_statistics_tag;
-            setBytes(to.body.statistics.room, answer.szRoomRetStr, std::strlen(answer.szRoomRetStr));
-            setBytes(to.body.statistics.user, answer.szUserRetStr, std::strlen(answer.szUserRetStr));
-            setBytes(to.body.statistics.process, answer.szProcessRetStr, std::strlen(answer.szProcessRetStr));
+            to.has_statistics = true;
+            setBytes(to.statistics.room, answer.szRoomRetStr, std::strlen(answer.szRoomRetStr));
+            setBytes(to.statistics.user, answer.szUserRetStr, std::strlen(answer.szUserRetStr));
+            setBytes(to.statistics.process, answer.szProcessRetStr, std::strlen(answer.szProcessRetStr));
             break;
         }
         default:
-            to.which_body = relay_pb_Message_heart_beat_tag;
-            to.body.heart_beat.number = heartBeat(from);
+            to.has_heart_beat = true;
+            to.heart_beat.number = heartBeat(from);
             break;
         }
     }
@@ -93,23 +93,23 @@ struct Nanopb {
         to.stHead.bVersion = static_cast<uint8_t>(from.head.version);
         to.stHead.wAsyncID = static_cast<uint16_t>(from.head.async_id);
         to.stHead.bCmdId = static_cast<uint8_t>(from.head.cmd_id);
-        switch (from.which_body) {
-        case relay_pb_Message_login_tag: {
-            const auto& text = from.body.login.sig_buf;
+        switch (to.stHead.bCmdId) {
+        case cmd::stRelayLoginReq: {
+            const auto& text = from.login.sig_buf;
             run::require(setText(to.stBody.stRelayLoginReq.szSigBuf, text.bytes, text.size), "nanopb",
                          "text");
-            to.stBody.stRelayLoginReq.dwReserve = from.body.login.reserve;
+            to.stBody.stRelayLoginReq.dwReserve = from.login.reserve;
             break;
         }
-        case relay_pb_Message_input_tag:
-            extractData(from.body.input.relay_data, to.stBody.stRelayInputing.stRelayData);
-            to.stBody.stRelayInputing.bRepeatCount = static_cast<uint8_t>(from.body.input.repeat_count);
+        case cmd::stRelayInputing:
+            extractData(from.input.relay_data, to.stBody.stRelayInputing.stRelayData);
+            to.stBody.stRelayInputing.bRepeatCount = static_cast<uint8_t>(from.input.repeat_count);
             break;
-        case relay_pb_Message_frame_pack_tag: {
+        case cmd::stRelayLockStep: {
             CSRelayFramePack& frames = to.stBody.stRelayLockStep;
-            frames.bCount = static_cast<uint8_t>(from.body.frame_pack.relay_data_count);
+            frames.bCount = static_cast<uint8_t>(from.frame_pack.relay_data_count);
             for (size_t i = 0; i < frames.bCount; ++i) {
-                const relay_pb_Frame& source = from.body.frame_pack.relay_data[i];
+                const relay_pb_Frame& source = from.frame_pack.relay_data[i];
                 CSRelayFrame& frame = frames.astRelayData[i];
                 frame.dwFrameId = source.frame_id;
                 frame.bCount = static_cast<uint8_t>(source.relay_data_count);
@@ -120,9 +120,9 @@ struct Nanopb {
             }
             break;
         }
-        case relay_pb_Message_statistics_tag: {
+        case cmd::stCSRelayMsgStatUserRes: {
             CSRelayStatRes& answer = to.stBody.stCSRelayMsgStatUserRes;
-            const relay_pb_Statistics& texts = from.body.statistics;
+            const relay_pb_Statistics& texts = from.statistics;
             run::require(setText(answer.szRoomRetStr, texts.room.bytes, texts.room.size) &&
                              setText(answer.szUserRetStr, texts.user.bytes, texts.user.size) &&
                              setText(answer.szProcessRetStr, texts.process.bytes, texts.process.size),
@@ -130,7 +130,7 @@ struct Nanopb {
             break;
         }
         default:
-            to.stBody.stCSRelayMsgHeartBeatReq.dwUnused = from.body.heart_beat.number;
+            to.stBody.stCSRelayMsgHeartBeatReq.dwUnused = from.heart_beat.number;
             break;
         }
     }

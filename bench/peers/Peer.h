@@ -100,14 +100,19 @@ std::unique_ptr<Item<Peer>> prepare(Peer& peer, typename Peer::Native& target, c
 template <class Peer>
 void add(const std::string& who, bool packsToo = true, const std::string& letters = "ABCDEG") {
     static Peer peer;
-    static const auto target = std::make_unique<typename Peer::Native>();
     static std::vector<std::unique_ptr<Item<Peer>>> items; // the measurements point into them
-    typename Peer::Native* const into = target.get();
+    // A record of its own for each work: one that once held a larger message would keep that one's memory.
+    static std::vector<std::unique_ptr<typename Peer::Native>> targets;
+    const auto makeTarget = [] {
+        targets.push_back(std::make_unique<typename Peer::Native>());
+        return targets.back().get();
+    };
     char* const memory = run::output();
     for (const works::Work& work : works::all()) {
         if (letters.find(work.letter) == std::string::npos) {
             continue;
         }
+        typename Peer::Native* const into = makeTarget();
         items.push_back(prepare(peer, *into, who + ' ' + work.letter, *work.record));
         const Item<Peer>* const item = items.back().get();
         if (packsToo) {
@@ -122,6 +127,7 @@ void add(const std::string& who, bool packsToo = true, const std::string& letter
     // known from outside, and costs nothing.
     static std::vector<const Item<Peer>*> order;
     const works::Stream& stream = works::stream();
+    typename Peer::Native* const into = makeTarget();
     std::vector<const Item<Peer>*> pool;
     for (const works::MessagePtr& message : stream.pool) {
         items.push_back(prepare(peer, *into, who + " F", *message));

@@ -73,19 +73,19 @@ struct Protobuf {
         to.stHead.bVersion = static_cast<uint8_t>(from.head().version());
         to.stHead.wAsyncID = static_cast<uint16_t>(from.head().async_id());
         to.stHead.bCmdId = static_cast<uint8_t>(from.head().cmd_id());
-        switch (from.body_case()) {
-        case relay_pb::Message::kLogin: {
+        switch (to.stHead.bCmdId) {
+        case cmd::stRelayLoginReq: {
             const std::string& text = from.login().sig_buf();
             run::require(setText(to.stBody.stRelayLoginReq.szSigBuf, text.data(), text.size()), "protobuf",
                          "text");
             to.stBody.stRelayLoginReq.dwReserve = from.login().reserve();
             break;
         }
-        case relay_pb::Message::kInput:
+        case cmd::stRelayInputing:
             extractData(from.input().relay_data(), to.stBody.stRelayInputing.stRelayData);
             to.stBody.stRelayInputing.bRepeatCount = static_cast<uint8_t>(from.input().repeat_count());
             break;
-        case relay_pb::Message::kFramePack: {
+        case cmd::stRelayLockStep: {
             CSRelayFramePack& frames = to.stBody.stRelayLockStep;
             for (const relay_pb::Frame& source : from.frame_pack().relay_data()) {
                 CSRelayFrame& frame = frames.astRelayData[frames.bCount++];
@@ -97,7 +97,7 @@ struct Protobuf {
             }
             break;
         }
-        case relay_pb::Message::kStatistics: {
+        case cmd::stCSRelayMsgStatUserRes: {
             CSRelayStatRes& answer = to.stBody.stCSRelayMsgStatUserRes;
             const relay_pb::Statistics& texts = from.statistics();
             run::require(setText(answer.szRoomRetStr, texts.room().data(), texts.room().size()) &&
@@ -161,15 +161,21 @@ void addProtobuf() {
     add<Protobuf>("protobuf");
     add<ArenaProtobuf>("protobuf.arena", false);
     for (const works::Work& work : works::all()) {
-        static std::vector<std::unique_ptr<relay_pb::Message>> kept;
-        kept.push_back(std::make_unique<relay_pb::Message>());
-        relay_pb::Message* const message = kept.back().get();
-        Protobuf::fill(*message, *work.record);
-        static std::string text; // keeps its memory
-        run::require(google::protobuf::TextFormat::PrintToString(*message, &text), "protobuf",
-                     "does not render");
-        run::measure(run::name("text", work.letter, "protobuf"), text.size(),
-                     [=] { return google::protobuf::TextFormat::PrintToString(*message, &text); });
+        // A text of its own for each work: it keeps its memory, and all that there is of it is cleared each
+        // time.
+        struct Rendered {
+            relay_pb::Message message;
+            std::string text;
+        };
+        static std::vector<std::unique_ptr<Rendered>> kept;
+        kept.push_back(std::make_unique<Rendered>());
+        Rendered* const one = kept.back().get();
+        Protobuf::fill(one->message, *work.record);
+        const auto render = [=] {
+            return google::protobuf::TextFormat::PrintToString(one->message, &one->text);
+        };
+        run::require(render(), "protobuf", "does not render");
+        run::measure(run::name("text", work.letter, "protobuf"), one->text.size(), render);
     }
 }
 
