@@ -27,14 +27,18 @@ template struct FloorCall<LibraryCopy>;
 template struct FloorCall<ExactMoves>;
 template struct FloorCall<WideMove>;
 
-size_t TextFloorCall::heartBeat(const Message& m, char* to, size_t room) {
-    return TextFloor::heartBeat(m, to, room);
-}
-size_t TextFloorCall::input(const Message& m, char* to, size_t room) {
-    return TextFloor::input(m, to, room);
-}
-size_t TextFloorCall::framePack(const Message& m, char* to, size_t room) {
-    return TextFloor::framePack(m, to, room);
-}
+#define KORVAN_BENCH_CALL(name)                                                                              \
+    size_t TextFloorCall::name(const Message& m, char* to, size_t room, int indent, char sep) {              \
+        return TextFloor::name(m, to, room, indent, sep);                                                    \
+    }                                                                                                        \
+    size_t FixedTextFloorCall::name(const Message& m, char* to, size_t room) {                               \
+        return FixedTextFloor::name(m, to, room);                                                            \
+    }
+
+KORVAN_BENCH_CALL(heartBeat)
+KORVAN_BENCH_CALL(input)
+KORVAN_BENCH_CALL(framePack)
+
+#undef KORVAN_BENCH_CALL
 
 } // namespace floors

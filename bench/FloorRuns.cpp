@@ -45,23 +45,65 @@ void addFloor(const std::string& who, bool exact) {
     unpacksStream(who, KORVAN_BENCH_FLOOR(unpackAny));
 }
 
-template <class F>
-void addTextFloor(const std::string& who) {
+template <class HeartBeat, class Input, class FramePack>
+void addTextFloor(const std::string& who, HeartBeat heartBeat, Input input, FramePack framePack) {
     for (const Work& work : works::all()) {
         switch (work.letter) {
         case 'A':
-            renders(who, work, KORVAN_BENCH_FLOOR(heartBeat));
+            renders(who, work, heartBeat);
             break;
         case 'C':
-            renders(who, work, KORVAN_BENCH_FLOOR(input));
+            renders(who, work, input);
             break;
         case 'D':
-            renders(who, work, KORVAN_BENCH_FLOOR(framePack));
+            renders(who, work, framePack);
             break;
         default:
             break;
         }
     }
+}
+
+template <class F>
+void addFixedTextFloor(const std::string& who) {
+    addTextFloor(who, KORVAN_BENCH_FLOOR(heartBeat), KORVAN_BENCH_FLOOR(input),
+                 KORVAN_BENCH_FLOOR(framePack));
+}
+
+#undef KORVAN_BENCH_FLOOR
+
+// The layout is not known beforehand, though it is the same each time.
+#define KORVAN_BENCH_FLOOR(operation)                                                                        \
+    [](auto& record, auto* memory, size_t size) {                                                            \
+        int indent = 0;                                                                                      \
+        char sep = '\n';                                                                                     \
+        benchmark::DoNotOptimize(indent);                                                                    \
+        benchmark::DoNotOptimize(sep);                                                                       \
+        return F::operation(record, memory, size, indent, sep);                                              \
+    }
+
+/// The codec's text in layouts other than the measured one.
+template <class Render>
+void requireLayouts(const works::Work& work, Render render) {
+    struct Layout {
+        int indent;
+        char sep;
+    };
+    for (const Layout layout : {Layout{-1, ' '}, Layout{3, '\n'}, Layout{20, '|'}}) {
+        char* const mine = output();
+        char* const theirs = output() + OUTPUT_SIZE / 2;
+        size_t size = 0;
+        require(work.record->visualize(theirs, OUTPUT_SIZE / 2, &size, layout.indent, layout.sep) == 0 &&
+                    render(*work.record, mine, OUTPUT_SIZE / 2, layout.indent, layout.sep) == size &&
+                    std::memcmp(mine, theirs, size + 1) == 0,
+                "text floor", "renders another text than the codec");
+    }
+}
+
+template <class F>
+void addAnyTextFloor(const std::string& who) {
+    addTextFloor(who, KORVAN_BENCH_FLOOR(heartBeat), KORVAN_BENCH_FLOOR(input),
+                 KORVAN_BENCH_FLOOR(framePack));
 }
 
 #undef KORVAN_BENCH_FLOOR
@@ -75,8 +117,19 @@ void addFloors() {
     addFloor<floors::FloorCall<floors::ExactMoves>>("F1+.call", true);
     addFloor<floors::Floor<floors::WideMove>>("F1w", false);
     addFloor<floors::FloorCall<floors::WideMove>>("F1w.call", false);
-    addTextFloor<floors::TextFloor>("floor");
-    addTextFloor<floors::TextFloorCall>("floor.call");
+    for (const Work& work : works::all()) {
+        if (work.letter == 'A') {
+            requireLayouts(work, floors::TextFloorCall::heartBeat);
+        } else if (work.letter == 'C') {
+            requireLayouts(work, floors::TextFloorCall::input);
+        } else if (work.letter == 'D') {
+            requireLayouts(work, floors::TextFloorCall::framePack);
+        }
+    }
+    addAnyTextFloor<floors::TextFloor>("floor");
+    addAnyTextFloor<floors::TextFloorCall>("floor.call");
+    addFixedTextFloor<floors::FixedTextFloor>("fixed");
+    addFixedTextFloor<floors::FixedTextFloorCall>("fixed.call");
 }
 
 } // namespace run

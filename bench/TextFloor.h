@@ -1,6 +1,9 @@
 /// @file
-/// The text floor: the text of A, C and D written by hand at indentation 0, with tables of digits. Labels are
-/// literals with their indentation; the room is checked once per piece of a known greatest size.
+/// The text floors: the text of A, C and D written by hand, with tables of digits. Labels are literals; the
+/// room is checked once per piece of a known greatest size.
+///
+/// `TextFloor` takes any indentation and separator, as `visualize` does. `FixedTextFloor` knows both
+/// beforehand, so that the end of a line, the indentation and the label of the next are one literal.
 #ifndef KORVAN_BENCH_TEXT_FLOOR_H
 #define KORVAN_BENCH_TEXT_FLOOR_H
 
@@ -30,12 +33,8 @@ inline constexpr std::array<char, 512> HEX_PAIRS = [] {
     return pairs;
 }();
 
-struct TextFloor {
-    static constexpr size_t HEAD_AT_MOST = 160;
-    static constexpr size_t BODY_AT_MOST = 100;
-    static constexpr size_t FRAME_AT_MOST = 160;
-    static constexpr size_t DATA_AT_MOST = 220; // and 5 for each byte of payload
-
+/// Pieces of text; each returns the place behind what it wrote.
+struct TextPieces {
     template <size_t N>
     static KORVAN_ALWAYS_INLINE char* text(char* to, const char (&literal)[N]) {
         std::memcpy(to, literal, N - 1);
@@ -84,6 +83,154 @@ struct TextFloor {
         return to;
     }
 
+    static KORVAN_ALWAYS_INLINE size_t closed(const char* start, char* end) {
+        *end = '\0';
+        return static_cast<size_t>(end - start);
+    }
+};
+
+class TextFloor : TextPieces {
+public:
+    static KORVAN_ALWAYS_INLINE size_t heartBeat(const Message& m, char* to, size_t room, int indent,
+                                                 char sep) {
+        const TextFloor floor(indent, sep);
+        if (room < floor.most(8, 220)) {
+            return 0;
+        }
+        char* at = floor.head(m.stHead, to);
+        at = floor.header(at, 1, "[stCSRelayMsgHeartBeatReq]");
+        at = floor.number(at, 2, "[dwUnused]: ", m.stBody.stCSRelayMsgHeartBeatReq.dwUnused);
+        return closed(to, at);
+    }
+
+    static KORVAN_ALWAYS_INLINE size_t input(const Message& m, char* to, size_t room, int indent, char sep) {
+        const TextFloor floor(indent, sep);
+        const CSRelayInput& in = m.stBody.stRelayInputing;
+        const size_t length = in.stRelayData.wRelayLen;
+        if (length > sizeof(in.stRelayData.szRelayBuf) || room < floor.most(15, 360 + 5 * length)) {
+            return 0;
+        }
+        char* at = floor.head(m.stHead, to);
+        at = floor.header(at, 1, "[stRelayInputing]");
+        at = floor.header(at, 2, "[stRelayData]");
+        at = floor.data(at, 3, in.stRelayData);
+        at = floor.byte(at, 2, "[bRepeatCount]: ", in.bRepeatCount);
+        return closed(to, at);
+    }
+
+    static KORVAN_ALWAYS_INLINE size_t framePack(const Message& m, char* to, size_t room, int indent,
+                                                 char sep) {
+        const TextFloor floor(indent, sep);
+        const CSRelayFramePack& frames = m.stBody.stRelayLockStep;
+        if (frames.bCount > 5 || room < floor.most(9, 220)) {
+            return 0;
+        }
+        const char* const end = to + room;
+        char* at = floor.head(m.stHead, to);
+        at = floor.header(at, 1, "[stRelayLockStep]");
+        at = floor.byte(at, 2, "[bCount]: ", frames.bCount);
+        for (uint32_t i = 0; i < frames.bCount; ++i) {
+            const CSRelayFrame& frame = frames.astRelayData[i];
+            if (frame.bCount > 100 || static_cast<size_t>(end - at) < floor.most(4, 120)) {
+                return 0;
+            }
+            at = floor.element(at, 2, "[astRelayData][", i);
+            at = floor.number(at, 3, "[dwFrameId]: ", frame.dwFrameId);
+            at = floor.byte(at, 3, "[bCount]: ", frame.bCount);
+            for (uint32_t k = 0; k < frame.bCount; ++k) {
+                const CSRelayData& data = frame.astRelayData[k];
+                const size_t length = data.wRelayLen;
+                // A frame's last line is thought of as well.
+                if (length > sizeof(data.szRelayBuf) ||
+                    static_cast<size_t>(end - at) < floor.most(7, 200 + 5 * length)) {
+                    return 0;
+                }
+                at = floor.element(at, 3, "[astRelayData][", k);
+                at = floor.data(at, 4, data);
+            }
+            at = floor.number(at, 3, "[dwLastHasDataFrameId]: ", frame.dwLastHasDataFrameId);
+        }
+        return closed(to, at);
+    }
+
+private:
+    static constexpr size_t STRIDE = 32; // blanks that one move writes
+    static constexpr size_t DEEPEST = 4;
+
+    KORVAN_ALWAYS_INLINE TextFloor(int indent, char sep)
+        : base_(indent > 0 ? 2 * static_cast<size_t>(indent) : 0), step_(indent < 0 ? 0 : 2), sep_(sep) {}
+
+    /// The greatest size of @p lines lines with @p characters characters behind their indentation.
+    KORVAN_ALWAYS_INLINE size_t most(size_t lines, size_t characters) const {
+        return lines * (base_ + DEEPEST * step_) + characters + STRIDE;
+    }
+
+    template <size_t N>
+    KORVAN_ALWAYS_INLINE char* open(char* to, size_t level, const char (&label)[N]) const {
+        const size_t blanks = base_ + level * step_;
+        if (blanks <= STRIDE) {
+            std::memset(to, ' ', STRIDE);
+        } else {
+            std::memset(to, ' ', blanks);
+        }
+        return text(to + blanks, label);
+    }
+
+    KORVAN_ALWAYS_INLINE char* close(char* to) const {
+        *to = sep_;
+        return to + 1;
+    }
+
+    template <size_t N>
+    KORVAN_ALWAYS_INLINE char* header(char* to, size_t level, const char (&label)[N]) const {
+        return close(open(to, level, label));
+    }
+
+    template <size_t N>
+    KORVAN_ALWAYS_INLINE char* element(char* to, size_t level, const char (&label)[N], uint32_t index) const {
+        return close(text(decimal(open(to, level, label), index), "]"));
+    }
+
+    template <size_t N>
+    KORVAN_ALWAYS_INLINE char* number(char* to, size_t level, const char (&label)[N], uint32_t value) const {
+        return close(decimal(open(to, level, label), value));
+    }
+
+    template <size_t N>
+    KORVAN_ALWAYS_INLINE char* byte(char* to, size_t level, const char (&label)[N], uint8_t value) const {
+        return close(hex(open(to, level, label), value));
+    }
+
+    KORVAN_ALWAYS_INLINE char* head(const CSRelayMsgHead& h, char* to) const {
+        to = header(to, 0, "[stHead]");
+        to = number(to, 1, "[dwUserID]: ", h.dwUserID);
+        to = number(to, 1, "[dwRoomID]: ", h.dwRoomID);
+        to = byte(to, 1, "[bVersion]: ", h.bVersion);
+        to = number(to, 1, "[wAsyncID]: ", h.wAsyncID);
+        to = byte(to, 1, "[bCmdId]: ", h.bCmdId);
+        return header(to, 0, "[stBody]");
+    }
+
+    KORVAN_ALWAYS_INLINE char* data(char* to, size_t level, const CSRelayData& one) const {
+        to = number(to, level, "[dwObjectId]: ", one.dwObjectId);
+        to = number(to, level, "[wRelayLen]: ", one.wRelayLen);
+        to = text(decimal(open(to, level, "[szRelayBuf]("), one.wRelayLen), "):");
+        to = close(bytes(to, one.szRelayBuf, one.wRelayLen));
+        to = byte(to, level, "[bUserStatusFlag]: ", one.bUserStatusFlag);
+        return number(to, level, "[wSequance]: ", one.wSequance);
+    }
+
+    size_t base_; // blanks at level 0
+    size_t step_; // blanks more per level
+    char sep_;
+};
+
+struct FixedTextFloor : TextPieces {
+    static constexpr size_t HEAD_AT_MOST = 160;
+    static constexpr size_t BODY_AT_MOST = 100;
+    static constexpr size_t FRAME_AT_MOST = 160;
+    static constexpr size_t DATA_AT_MOST = 220; // and 5 for each byte of payload
+
     static KORVAN_ALWAYS_INLINE char* head(char* to, const CSRelayMsgHead& h) {
         to = decimal(text(to, "[stHead]\n  [dwUserID]: "), h.dwUserID);
         to = decimal(text(to, "\n  [dwRoomID]: "), h.dwRoomID);
@@ -91,11 +238,6 @@ struct TextFloor {
         to = decimal(text(to, "\n  [wAsyncID]: "), h.wAsyncID);
         to = hex(text(to, "\n  [bCmdId]: "), h.bCmdId);
         return text(to, "\n[stBody]\n");
-    }
-
-    static KORVAN_ALWAYS_INLINE size_t closed(const char* start, char* end) {
-        *end = '\0';
-        return static_cast<size_t>(end - start);
     }
 
     static KORVAN_ALWAYS_INLINE size_t heartBeat(const Message& m, char* to, size_t room) {
@@ -169,8 +311,13 @@ struct TextFloor {
     }
 };
 
-/// The same as ordinary calls.
+/// Both as ordinary calls.
 struct TextFloorCall {
+    static size_t heartBeat(const Message& m, char* to, size_t room, int indent, char sep);
+    static size_t input(const Message& m, char* to, size_t room, int indent, char sep);
+    static size_t framePack(const Message& m, char* to, size_t room, int indent, char sep);
+};
+struct FixedTextFloorCall {
     static size_t heartBeat(const Message& m, char* to, size_t room);
     static size_t input(const Message& m, char* to, size_t room);
     static size_t framePack(const Message& m, char* to, size_t room);

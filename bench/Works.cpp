@@ -10,7 +10,7 @@ namespace {
 
 using namespace cs_relay_msg;
 
-constexpr size_t TEXT_PER_WIRE_BYTE = 8; // a byte of payload is 5 characters, a field at most 40
+constexpr size_t TEXT_PER_WIRE_BYTE = 24; // a datum without payload has 9 bytes and 170 characters
 constexpr size_t TEXT_AT_LEAST = 4096;
 constexpr uint8_t VERSION = 3; // what `pack` stamps by default, so that a decoded record equals its source
 
