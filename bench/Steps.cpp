@@ -21,11 +21,12 @@ constexpr size_t LONG_RUN = 20;
 
 template <class Operation>
 void repeat(size_t times, const std::string& name, Operation operation) {
+    const std::string label = name + '#' + std::to_string(times);
     CALLGRIND_ZERO_STATS;
     for (size_t i = 0; i < times; ++i) {
         operation();
     }
-    CALLGRIND_DUMP_STATS_AT((name + '#' + std::to_string(times)).c_str());
+    CALLGRIND_DUMP_STATS_AT(label.c_str());
 }
 
 template <class Operation>
