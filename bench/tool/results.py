@@ -17,7 +17,7 @@ WORKS = {
 # Who takes part, in the order of tables and charts: name, how it is called, and its kind.
 CONTENDERS = {
     "codec": ("this codec", "codec"),
-    "memcpy": ("memcpy of the wire's size", "floor"),
+    "memcpy": ("memcpy of the wire", "floor"),
     "F1.call": ("floor F1, called", "floor"),
     "F1+.call": ("floor F1+, called", "floor"),
     "F1w.call": ("floor F1w, called", "floor"),

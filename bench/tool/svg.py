@@ -9,7 +9,8 @@ STYLE = """
       svg { --page: #0d1117; --ink: #e6edf3; --soft: #9198a1; --grid: #30363d;
             --codec: #4493f8; --floor: #57ab6a; --plain: #c9a227; --peer: #6e7681; }
     }
-    text { font: 12px system-ui, sans-serif; fill: var(--ink); }
+    text { font: 12px system-ui, sans-serif; fill: var(--ink); stroke: var(--page); stroke-width: 3px;
+           paint-order: stroke; }
     .title { font-size: 15px; font-weight: 600; }
     .panel { font-weight: 600; }
     .soft { fill: var(--soft); font-size: 11px; }
@@ -66,9 +67,15 @@ def duration(ns):
     raise AssertionError
 
 
+def power(decade):
+    """10 to the power of @p decade in nanoseconds, in words."""
+    unit = min(decade // 3, 2)
+    return f"{10 ** (decade - 3 * unit):,g} {('ns', 'µs', 'ms')[unit]}"
+
+
 def bars(title, panels):
     """@p panels: (heading, [(label, kind, ns)]). Bars on a logarithmic scale, one scale for each panel."""
-    columns, width, row, label_width, value_width = 2, 480, 17, 150, 62
+    columns, width, row, label_width, value_width = 2, 490, 17, 158, 62
     tops, heights = [], []
     top = 64
     for start in range(0, len(panels), columns):
@@ -91,7 +98,7 @@ def bars(title, panels):
         for decade in range(low, high + 1):
             x = origin + (decade - low) * scale
             svg.line(x, y + 22, x, bottom)
-            svg.text(x, bottom + 13, duration(10 ** decade), "soft", "middle")
+            svg.text(x, bottom + 13, power(decade), "soft", "middle")
         for k, (label, kind, ns) in enumerate(rows):
             middle = y + 24 + k * row
             bar = max(1.5, (math.log10(ns) - low) * scale)
@@ -120,8 +127,10 @@ def lines(title, panels):
         left, top = (i % columns) * width + 16, 60 + (i // columns) * height
         svg.text(left, top + 14, heading, "panel")
         svg.text(left, top + 30, remark, "soft")
-        x0, y0, w, h = left + 48, top + 222, width - 84, 176
-        ticks_x, ticks_y = steps(max(x for x, _ in points)), steps(max(y for _, y in points))
+        x0, y0, w, h = left + 48, top + 222, width - 100, 176
+        smallest, largest = min(x for x, _ in points), max(x for x, _ in points)
+        ticks_x = steps(largest)
+        ticks_y = steps(max(intercept + slope * largest, *(y for _, y in points)))
 
         def place(x, y, ticks_x=ticks_x, ticks_y=ticks_y, x0=x0, y0=y0, w=w, h=h):
             return x0 + x / ticks_x[-1] * w, y0 - y / ticks_y[-1] * h
@@ -129,15 +138,12 @@ def lines(title, panels):
         for tick in ticks_y:
             _, y = place(0, tick)
             svg.line(x0, y, x0 + w, y)
-            svg.text(x0 - 5, y + 4, "0" if tick == 0 else f"{tick:g}", "soft", "end")
+            svg.text(x0 - 5, y + 4, f"{tick:g} ns" if tick == ticks_y[-1] else f"{tick:g}", "soft", "end")
         for tick in ticks_x:
             x, _ = place(tick, 0)
             svg.line(x, y0, x, y0 + 4)
-            svg.text(x, y0 + 17, f"{tick:,g}", "soft", "middle")
-        svg.text(x0 + w, y0 + 31, "bytes", "soft", "end")
-        svg.text(x0 - 5, top + 42 - 2, "ns", "soft", "end")
-        smallest, largest = min(x for x, _ in points), max(x for x, _ in points)
-        svg.line(*place(smallest, max(0, intercept + slope * smallest)), *place(largest, intercept + slope * largest), "fit")
+            svg.text(x, y0 + 17, f"{tick:,g} bytes" if tick == ticks_x[-1] else f"{tick:,g}", "soft", "middle")
+                svg.line(*place(smallest, max(0, intercept + slope * smallest)), *place(largest, intercept + slope * largest), "fit")
         for x, y in points:
             svg.dot(*place(x, y), "codec")
     return svg.made()
