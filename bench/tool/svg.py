@@ -143,7 +143,7 @@ def lines(title, panels):
             x, _ = place(tick, 0)
             svg.line(x, y0, x, y0 + 4)
             svg.text(x, y0 + 17, f"{tick:,g} bytes" if tick == ticks_x[-1] else f"{tick:,g}", "soft", "middle")
-                svg.line(*place(smallest, max(0, intercept + slope * smallest)), *place(largest, intercept + slope * largest), "fit")
+        svg.line(*place(smallest, max(0, intercept + slope * smallest)), *place(largest, intercept + slope * largest), "fit")
         for x, y in points:
             svg.dot(*place(x, y), "codec")
     return svg.made()
