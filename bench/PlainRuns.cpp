@@ -1,11 +1,8 @@
 /// The plain path: each field through the buffer's operations.
 #include "Run.h"
 
-#include "FieldByField.h"
-
-#ifdef KORVAN_BENCH_PLAIN_CODEC
 #include "../tests/plain/PlainCodec.h"
-#endif
+#include "FieldByField.h"
 
 namespace run {
 
@@ -36,7 +33,6 @@ void addPlain() {
         "by-field",
         [](const works::Message& record, Korvan::BixWriteBuf& out) { return by_field::pack(record, out); },
         [](works::Message& record, Korvan::BixReadBuf& in) { return by_field::unpack(record, in); });
-#ifdef KORVAN_BENCH_PLAIN_CODEC
     namespace schema = cs_relay_msg::schema;
     namespace plain = cs_relay_msg::plain;
     static const schema::Type& type = *schema::types()[schema::types().size - 1]; // the message stands last
@@ -52,7 +48,6 @@ void addPlain() {
             return plain::visualize(type, &record, out, 0, '\n') == 0 ? out.getUsedSize() : 0;
         });
     }
-#endif
 }
 
 } // namespace run
