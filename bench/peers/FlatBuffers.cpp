@@ -76,17 +76,18 @@ struct FlatBuffers : OnRecord {
         }
     }
 
-    size_t pack(const Message& m, char* memory, size_t size) {
+    size_t pack(const Message& m, char*, size_t) {
         builder.Clear();
         const auto body = putBody(builder, m);
         const relay_fb::Head head(m.stHead.dwUserID, m.stHead.dwRoomID, m.stHead.wAsyncID, m.stHead.bVersion,
                                   m.stHead.bCmdId);
         builder.Finish(relay_fb::CreateMessage(builder, &head, bodyType(m.stHead.bCmdId), body));
-        if (builder.GetSize() > size) {
-            return 0;
-        }
-        std::memcpy(memory, builder.GetBufferPointer(), builder.GetSize()); // it builds in memory of its own
         return builder.GetSize();
+    }
+
+    /// It builds in memory of its own.
+    const char* packed(const char*) const {
+        return reinterpret_cast<const char*>(builder.GetBufferPointer());
     }
 
     static bool getData(const relay_fb::Data* from, CSRelayData& to) {

@@ -25,16 +25,19 @@ struct Memory {
     }
 };
 
-using Packer = msgpack::packer<Memory>;
-
 struct Msgpack : OnRecord {
+    template <class Packer>
     static void putBytes(Packer& to, const void* data, size_t size) {
         to.pack_bin(static_cast<uint32_t>(size));
         to.pack_bin_body(static_cast<const char*>(data), static_cast<uint32_t>(size));
     }
 
-    static void putText(Packer& to, const char* text) { putBytes(to, text, std::strlen(text)); }
+    template <class Packer>
+    static void putText(Packer& to, const char* text) {
+        putBytes(to, text, std::strlen(text));
+    }
 
+    template <class Packer>
     static void putData(Packer& to, const CSRelayData& data) {
         to.pack_array(4);
         to.pack_uint32(data.dwObjectId);
@@ -43,9 +46,8 @@ struct Msgpack : OnRecord {
         to.pack_uint16(data.wSequance);
     }
 
-    size_t pack(const Message& m, char* memory, size_t size) {
-        Memory out{memory, memory + size};
-        Packer to(out);
+    template <class Packer>
+    static void putMessage(Packer to, const Message& m) {
         to.pack_array(6);
         to.pack_uint32(m.stHead.dwUserID);
         to.pack_uint32(m.stHead.dwRoomID);
@@ -88,8 +90,15 @@ struct Msgpack : OnRecord {
             to.pack_uint32(heartBeat(m));
             break;
         }
-        return out.full ? 0 : static_cast<size_t>(out.at - memory);
     }
+
+    size_t pack(const Message& m, char*, size_t) {
+        growing.clear();
+        putMessage(msgpack::packer<msgpack::sbuffer>(growing), m);
+        return growing.size();
+    }
+
+    const char* packed(const char*) const { return growing.data(); }
 
     static const msgpack::object* array(const msgpack::object& from, uint32_t size) {
         return from.type == msgpack::type::ARRAY && from.via.array.size == size ? from.via.array.ptr
@@ -188,13 +197,26 @@ struct Msgpack : OnRecord {
         }
     }
 
+    msgpack::sbuffer growing;
     msgpack::zone zone;
+};
+
+/// The same with a buffer of ours.
+struct MsgpackToMemory : Msgpack {
+    size_t pack(const Message& m, char* memory, size_t size) {
+        Memory out{memory, memory + size};
+        putMessage(msgpack::packer<Memory>(out), m);
+        return out.full ? 0 : static_cast<size_t>(out.at - memory);
+    }
+
+    const char* packed(const char* memory) const { return memory; }
 };
 
 } // namespace
 
 void addMsgpack() {
     add<Msgpack>("msgpack");
+    add<MsgpackToMemory>("msgpack.memory");
 }
 
 } // namespace peers

@@ -32,7 +32,7 @@ void extractData(const relay_pb_Data& from, CSRelayData& to) {
     to.wSequance = static_cast<uint16_t>(from.sequance);
 }
 
-struct Nanopb {
+struct Nanopb : InPlace {
     using Native = relay_pb_Message;
 
     static void fill(Native& to, const Message& from) {

@@ -7,7 +7,8 @@
 ///     static void fill(Native&, const Message&);                    not measured
 ///     static void extract(const Native&, Message&);                 not measured, to check what was decoded
 ///     size_t pack(const Native&, char* memory, size_t size);        the bytes made
-///     bool unpack(Native&, const char* memory, size_t size);
+///     const char* packed(const char* memory);                       where these are: not always in that
+///     memory bool unpack(Native&, const char* memory, size_t size);
 ///
 /// A library that has no record of its own packs from the codec's and unpacks into it: Native is Message.
 #ifndef KORVAN_BENCH_PEER_H
@@ -25,8 +26,13 @@ namespace peers {
 using namespace cs_relay_msg;
 using Message = CSRelayMsg;
 
+/// For peers that pack into the memory they are given.
+struct InPlace {
+    const char* packed(const char* memory) const { return memory; }
+};
+
 /// For peers that work on the codec's record.
-struct OnRecord {
+struct OnRecord : InPlace {
     using Native = Message;
     static void fill(Message& native, const Message& message) {
         std::memcpy(static_cast<void*>(&native), &message, sizeof(message));
@@ -81,7 +87,7 @@ std::unique_ptr<Item<Peer>> prepare(Peer& peer, typename Peer::Native& target, c
     item->size = peer.pack(*item->native, run::output(), run::OUTPUT_SIZE);
     run::require(item->size != 0, who, "does not pack");
     item->wire.resize(item->size / 8 + 1);
-    std::memcpy(item->wire.data(), run::output(), item->size);
+    std::memcpy(item->wire.data(), peer.packed(run::output()), item->size);
     run::require(peer.unpack(target, item->data(), item->size), who, "does not unpack");
     const auto decoded = std::make_unique<Message>();
     Peer::extract(target, *decoded);

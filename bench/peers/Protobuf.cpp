@@ -25,7 +25,7 @@ void extractData(const relay_pb::Data& from, CSRelayData& to) {
     to.wSequance = static_cast<uint16_t>(from.sequance());
 }
 
-struct Protobuf {
+struct Protobuf : InPlace {
     using Native = relay_pb::Message;
 
     static void fill(Native& to, const Message& from) {
@@ -124,7 +124,7 @@ struct Protobuf {
 };
 
 /// Decodes into an arena that it resets for each message.
-struct ArenaProtobuf {
+struct ArenaProtobuf : InPlace {
     struct Native {
         relay_pb::Message own; // to pack from
         const relay_pb::Message* decoded = nullptr;

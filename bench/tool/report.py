@@ -7,7 +7,7 @@ PAGE = project.ROOT / "docs" / "performance.md"
 CHARTS = project.ROOT / "docs" / "performance"
 NOTES = project.ROOT / "bench" / "notes.md"
 IN_CHARTS = ["codec", "memcpy", "F1.call", "F1+.call", "floor.call", "by-field", "plain", "protobuf", "protobuf.arena",
-             "flatbuffers", "capnproto", "msgpack", "nanopb", "cereal", "boost", "nlohmann-json"]
+             "flatbuffers", "capnproto", "msgpack", "msgpack.memory", "nanopb", "cereal", "boost", "nlohmann-json"]
 ACTIONS = {"pack": "Pack", "unpack": "Unpack", "text": "Text"}
 FLOOR = {"pack": "F1.call", "unpack": "F1.call", "text": "floor.call"}
 
@@ -110,7 +110,7 @@ def construct(main):
 
 def size_of_messages(main):
     everyone = [who for who in results.CONTENDERS if results.kind(who) in ("codec", "peer")
-                and main.has("unpack", "A", who) and who != "protobuf.arena"]
+                and main.has("unpack", "A", who) and who not in ("protobuf.arena", "msgpack.memory")]
     works = list(results.WORKS)
     rows = [(results.title(who), *(f"{main.size('pack', work, who):,}" if main.has("pack", work, who) else ""
                                    for work in works)) for who in everyone]

@@ -35,6 +35,7 @@ CONTENDERS = {
     "flatbuffers": ("FlatBuffers, verified", "peer"),
     "capnproto": ("Cap'n Proto", "peer"),
     "msgpack": ("msgpack-cxx", "peer"),
+    "msgpack.memory": ("msgpack-cxx, own buffer", "peer"),
     "nanopb": ("nanopb", "peer"),
     "cereal": ("cereal", "peer"),
     "boost": ("Boost.Serialization", "peer"),

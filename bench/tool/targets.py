@@ -33,7 +33,7 @@ def judge():
         else:
             for part in (floors, peers, text, construct, linear):
                 rows += [row._replace(build=run.build()) for row in part(run)]
-    rows += hostile() + unoptimised() + size() + counted()
+    rows += [*hostile(), *unoptimised(), *size(), *counted()]
     return sorted(rows, key=lambda row: row.number)
 
 
