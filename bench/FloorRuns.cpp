@@ -15,8 +15,34 @@ using works::Work;
 #define KORVAN_BENCH_FLOOR(operation)                                                                        \
     [](auto& record, auto* memory, size_t size) { return F::operation(record, memory, size); }
 
+/// Payloads of all small lengths, of which the works have but a few: the same bytes, and the same record
+/// back.
+template <class F>
+void requireLengths(const std::string& who, bool exact) {
+    constexpr uint16_t LONGEST = 80;
+    const auto expected = std::make_unique<Message>();
+    for (uint16_t length = 0; length <= LONGEST; ++length) {
+        const Work work = works::make('C', works::makeInput(length));
+        const size_t size = work.wire.size();
+        std::memset(output(), 0x5A, size + 64);
+        require(F::packInput(*work.record, output(), size) == size &&
+                    std::memcmp(output(), work.wire.data(), size) == 0 && output()[size] == 0x5A &&
+                    F::packInput(*work.record, output(), size - 1) == 0,
+                who, "packs other bytes than the codec");
+        std::memset(static_cast<void*>(expected.get()), 0x5A, sizeof(Message));
+        std::memset(static_cast<void*>(&target()), 0x5A, sizeof(Message));
+        require(expected->unpack(work.wire.data(), size) == 0 &&
+                    F::unpackInput(target(), work.wire.data(), size) == size &&
+                    F::unpackInput(target(), work.wire.data(), size - 1) == 0,
+                who, "does not unpack");
+        require(!exact || std::memcmp(&target(), expected.get(), sizeof(Message)) == 0, who,
+                "unpacks another record than the codec");
+    }
+}
+
 template <class F>
 void addFloor(const std::string& who, bool exact) {
+    requireLengths<F>(who, exact);
     for (const Work& work : works::all()) {
         switch (work.letter) {
         case 'A':

@@ -27,18 +27,18 @@ struct Memory {
 
 struct Msgpack : OnRecord {
     template <class Packer>
-    static void putBytes(Packer& to, const void* data, size_t size) {
+    static KORVAN_ALWAYS_INLINE void putBytes(Packer& to, const void* data, size_t size) {
         to.pack_bin(static_cast<uint32_t>(size));
         to.pack_bin_body(static_cast<const char*>(data), static_cast<uint32_t>(size));
     }
 
     template <class Packer>
-    static void putText(Packer& to, const char* text) {
+    static KORVAN_ALWAYS_INLINE void putText(Packer& to, const char* text) {
         putBytes(to, text, std::strlen(text));
     }
 
     template <class Packer>
-    static void putData(Packer& to, const CSRelayData& data) {
+    static KORVAN_ALWAYS_INLINE void putData(Packer& to, const CSRelayData& data) {
         to.pack_array(4);
         to.pack_uint32(data.dwObjectId);
         putBytes(to, data.szRelayBuf, data.wRelayLen);
@@ -47,7 +47,7 @@ struct Msgpack : OnRecord {
     }
 
     template <class Packer>
-    static void putMessage(Packer to, const Message& m) {
+    static KORVAN_ALWAYS_INLINE void putMessage(Packer to, const Message& m) {
         to.pack_array(6);
         to.pack_uint32(m.stHead.dwUserID);
         to.pack_uint32(m.stHead.dwRoomID);
