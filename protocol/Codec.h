@@ -180,6 +180,12 @@ struct Cursor {
     }
 };
 
+/// The code with which the plain way ends where the straight one did not fit: there it always fails. That the
+/// compiler sees this spares it the way back.
+KORVAN_ALWAYS_INLINE int32_t failure(int32_t result, int32_t otherwise) {
+    return result != Korvan::BIX_OK ? result : otherwise;
+}
+
 using Out = Cursor<BixWriteBuf, char>;
 using In = Cursor<BixReadBuf, const char>;
 
@@ -211,11 +217,12 @@ KORVAN_ALWAYS_INLINE int32_t packRun(const char* record, Out& out, std::index_se
         out.position += width;
         return Korvan::BIX_OK;
     }
-    return out.plainly([=](BixWriteBuf& buffer) {
+    return failure(out.plainly([=](BixWriteBuf& buffer) {
         int32_t result = Korvan::BIX_OK;
         (void)(((result = packScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
         return result;
-    });
+    }),
+                   Korvan::BIX_ERR_WRITE_OVERFLOW);
 }
 
 template <const Type& R, size_t I>
@@ -226,7 +233,8 @@ KORVAN_ALWAYS_INLINE int32_t packBytes(const char* record, Out& out, size_t coun
         out.position += count;
         return Korvan::BIX_OK;
     }
-    return out.plainly([=](BixWriteBuf& buffer) { return buffer.writeBytes(bytes, count); });
+    return failure(out.plainly([=](BixWriteBuf& buffer) { return buffer.writeBytes(bytes, count); }),
+                   Korvan::BIX_ERR_WRITE_OVERFLOW);
 }
 
 /// The bytes of a text and its NUL. The last character of the array becomes NUL, but is stored to only where
@@ -246,13 +254,13 @@ KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
     if (out.has(prefix)) {
         const size_t count = terminatedSize(text, field.bound);
         if (out.has(prefix + count)) {
-            Korvan::detail::storeBig(out.at(), static_cast<uint32_t>(count));
             copyBytes(out.at() + prefix, text, count);
+            Korvan::detail::storeBig(out.at(), static_cast<uint32_t>(count));
             out.position += prefix + count;
             return Korvan::BIX_OK;
         }
     }
-    return out.plainly([=](BixWriteBuf& buffer) {
+    return failure(out.plainly([=](BixWriteBuf& buffer) {
         const size_t start = buffer.getUsedSize();
         if (const int32_t result = buffer.reserve(prefix)) {
             return result;
@@ -262,7 +270,8 @@ KORVAN_ALWAYS_INLINE int32_t packString(const char* record, Out& out) {
             return result;
         }
         return buffer.writeUInt32(static_cast<uint32_t>(count), start);
-    });
+    }),
+                   Korvan::BIX_ERR_WRITE_OVERFLOW);
 }
 
 template <const Type& R>
@@ -354,11 +363,12 @@ KORVAN_ALWAYS_INLINE int32_t unpackRun(char* record, In& in, std::index_sequence
         in.position += width;
         return Korvan::BIX_OK;
     }
-    return in.plainly([=](BixReadBuf& buffer) {
+    return failure(in.plainly([=](BixReadBuf& buffer) {
         int32_t result = Korvan::BIX_OK;
         (void)(((result = unpackScalar<R, First + I>(record, buffer)) == Korvan::BIX_OK) && ...);
         return result;
-    });
+    }),
+                   Korvan::BIX_ERR_READ_UNDERFLOW);
 }
 
 template <const Type& R, size_t First, size_t... I>
@@ -374,7 +384,8 @@ KORVAN_ALWAYS_INLINE int32_t unpackBytes(char* record, In& in, size_t count) {
         in.position += count;
         return Korvan::BIX_OK;
     }
-    return in.plainly([=](BixReadBuf& buffer) { return buffer.readBytes(bytes, count); });
+    return failure(in.plainly([=](BixReadBuf& buffer) { return buffer.readBytes(bytes, count); }),
+                   Korvan::BIX_ERR_READ_UNDERFLOW);
 }
 
 template <const Type& R, size_t I>
@@ -382,10 +393,11 @@ KORVAN_ALWAYS_INLINE int32_t unpackString(char* record, In& in) {
     constexpr const Field& field = R.fields[I];
     uint32_t length = 0;
     if (!in.has(sizeof(length))) {
-        return in.plainly([](BixReadBuf& buffer) {
+        return failure(in.plainly([](BixReadBuf& buffer) {
             uint32_t missing = 0;
             return buffer.readUInt32(missing);
-        });
+        }),
+                       Korvan::BIX_ERR_READ_UNDERFLOW);
     }
     length = Korvan::detail::loadBig<uint32_t>(in.at());
     in.position += sizeof(length);
