@@ -420,7 +420,9 @@ KORVAN_ALWAYS_INLINE int32_t unpackMessageHead(CSRelayMsgHead& head, In& in, uin
     } else {
         return in.plainly([](BixReadBuf& buffer) {
             uint8_t missing = 0;
-            return buffer.readUInt8(missing, buffer.getUsedSize() + VERSION_BYTE);
+            // It may assert. Its result does not count: a corrupted cursor can come round to a byte there is.
+            (void)buffer.readUInt8(missing, buffer.getUsedSize() + VERSION_BYTE);
+            return BIX_ERR_READ_UNDERFLOW;
         });
     }
     if (version < schema::BASE_VERSION || version > typeOf<CSRelayMsg>.currentVersion) {
