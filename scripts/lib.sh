@@ -66,7 +66,8 @@ cmake_is_new_enough() {
 configure() {
     local tree=$builds/$1 preset=$2
     shift 2
-    mkdir -p -- "$tree" 2>/dev/null ||
+    mkdir -p -- "$tree" 2>/dev/null || true
+    [[ -w $tree ]] ||
         fail "Cannot write to $tree. Set KORVAN_BUILD_DIR to a directory for the build."
     (cd -- "$root" && cmake --preset "$preset" -B "$tree" --log-level=WARNING \
         -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" "$@" >"$tree/configure.log" 2>&1) ||

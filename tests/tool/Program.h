@@ -75,9 +75,9 @@ inline Outcome runTool(std::vector<std::string> arguments, std::string_view inpu
     return runProgram(std::move(arguments), input);
 }
 
-/// Runs a line of shell in which $relaymsg is the tool.
+/// Runs a line of shell in which relaymsg is the tool, whatever its path holds.
 inline Outcome shell(const std::string& line) {
-    return runProgram({"/bin/sh", "-c", "relaymsg='" RELAYMSG "'; " + line});
+    return runProgram({"/bin/sh", "-c", "relaymsg() { '" RELAYMSG "' \"$@\"; }; " + line});
 }
 
 #endif

@@ -210,13 +210,13 @@ TEST(ProgramOnBadInput, saysThatTheOutputCannotBeWritten) {
     if (::access("/dev/full", W_OK) != 0) {
         GTEST_SKIP() << "no /dev/full here";
     }
-    const Outcome outcome = shell("$relaymsg decode " CAPTURES "/session.bin > /dev/full");
+    const Outcome outcome = shell("relaymsg decode '" CAPTURES "/session.bin' > /dev/full");
     EXPECT_EQ(complaint(outcome, OUTPUT), "the output cannot be written: No space left on device.\n");
 }
 
 TEST(ProgramOnBadInput, printsWhatWasDecodedBeforeItComplains) {
     const ScratchFile file(wire::heartBeat() + "broken");
-    const Outcome outcome = shell("$relaymsg decode --summary " + file.path() + " 2>&1");
+    const Outcome outcome = shell("relaymsg decode --summary " + file.path() + " 2>&1");
     EXPECT_EQ(outcome.status, DECODE);
     EXPECT_EQ(outcome.out.substr(0, FIRST.size()), FIRST);
     EXPECT_LT(outcome.out.find("total"), outcome.out.find("relaymsg:"));

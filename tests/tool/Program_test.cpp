@@ -138,7 +138,7 @@ TEST(Program, printsAMessageOfALivePipeBeforeTheNextOne) {
     const ScratchFile out;
     const Outcome outcome =
         shell("{ cat " + first.path() + "; for i in $(seq 500); do [ -s " + out.path() + " ] && { cat " +
-              first.path() + "; exit; }; sleep 0.01; done; } | $relaymsg decode --summary > " + out.path());
+              first.path() + "; exit; }; sleep 0.01; done; } | relaymsg decode --summary > " + out.path());
     EXPECT_EQ(outcome.status, 0);
     EXPECT_NE(out.content().find("\n#2 "), std::string::npos);
 }
@@ -149,8 +149,7 @@ TEST(Program, isQuietWhenNobodyReadsOn) {
         input += wire::heartBeat();
     }
     const ScratchFile file(input);
-    const Outcome outcome =
-        shell("{ $relaymsg decode " + file.path() + "; echo status $? >&2; } | head -n 1");
+    const Outcome outcome = shell("{ relaymsg decode " + file.path() + "; echo status $? >&2; } | head -n 1");
     EXPECT_EQ(outcome.out, HEART_BEAT_TEXT.substr(0, HEART_BEAT_TEXT.find('\n') + 1));
     EXPECT_EQ(outcome.err, "status 0\n");
 }
@@ -177,7 +176,7 @@ TEST(Program, decodesMoreThanItsMemoryHolds) {
     }
     const ScratchFile file(input);
     const Outcome outcome = shell("ulimit -v 60000; for i in $(seq 250); do cat " + file.path() +
-                                  "; done | $relaymsg decode --summary | tail -n 1");
+                                  "; done | relaymsg decode --summary | tail -n 1");
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.out, "total                         5000000         80000000\n");
 }

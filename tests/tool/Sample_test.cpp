@@ -70,7 +70,7 @@ TEST(Sample, readsTheSameFromEveryDump) {
           "od -Ax -tx1z", "od -Ax -tx1 -v", "od -An -tx1"}) {
         const std::string tool = dump.substr(0, dump.find(' '));
         if (shell("command -v " + tool).status == 0) {
-            const Outcome outcome = shell(dump + " " CAPTURES "/session.bin | $relaymsg decode");
+            const Outcome outcome = shell(dump + " '" CAPTURES "/session.bin' | relaymsg decode");
             EXPECT_EQ(outcome.err, "") << dump;
             EXPECT_TRUE(outcome.out == expected) << dump;
         }

@@ -130,7 +130,7 @@ private:
         case Kind::RecordArray:
             break;
         }
-        const size_t countIndex = static_cast<size_t>(field.countField);
+        const size_t countIndex = static_cast<uint8_t>(field.countField);
         const Read count = reads_[first + countIndex];
         if (count.value > field.bound) {
             stop_.array = field.name;

@@ -67,13 +67,14 @@ void HexText::fill() {
 /// Finds out the form, once enough of the first line is there.
 bool HexText::recognise() {
     while (next_ < ahead_.size() && (isBlank(ahead_[next_]) || ahead_[next_] == '\n')) {
-        line_ += ahead_[next_] == '\n';
-        column_ = ahead_[next_] == '\n' ? 1 : column_ + 1;
+        const bool lineEnds = ahead_[next_] == '\n';
+        line_ += lineEnds ? 1 : 0;
+        column_ = lineEnds ? 1 : column_ + 1;
         ++next_;
     }
     std::string_view line = std::string_view(ahead_).substr(next_);
     const size_t end = line.find('\n');
-    if (line.empty() || (end == line.npos && line.size() < RECOGNISED && !over_)) {
+    if (line.empty() || (end == std::string_view::npos && line.size() < RECOGNISED && !over_)) {
         return false;
     }
     line = line.substr(0, std::min(end, RECOGNISED));
