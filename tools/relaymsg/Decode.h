@@ -10,10 +10,13 @@
 
 namespace relaymsg {
 
+/// How messages are shown.
+enum class View { Text, Summary, Json };
+
 struct DecodeOptions {
     std::string file = "-";
     InputForm form = InputForm::Detect;
-    bool summary = false;
+    View view = View::Text;
     int indent = 1;
     char separator = '\n';
 };

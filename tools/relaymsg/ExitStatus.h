@@ -5,7 +5,7 @@
 
 namespace relaymsg {
 
-enum class ExitStatus : int { Ok, Usage, Input, Decode, UnknownCommand, Output };
+enum class ExitStatus : int { Ok, Usage, Input, Decode, UnknownCommand, Output, Json };
 
 /// One status in words.
 struct ExitMeaning {
@@ -15,13 +15,14 @@ struct ExitMeaning {
 
 /// All of them; `--help` shows them.
 inline constexpr ExitMeaning EXIT_MEANINGS[] = {
-    {ExitStatus::Ok, "everything was decoded, or the reader of the output had enough"},
+    {ExitStatus::Ok, "all was done, or the reader of the output had enough"},
     {ExitStatus::Usage, "the command line is wrong"},
     {ExitStatus::Input, "the input cannot be read, is empty, or is no hexadecimal text where it should be"},
     {ExitStatus::Decode, "a message could not be decoded; all before it were"},
     {ExitStatus::UnknownCommand,
      "all was decoded, but a command was unknown: what follows it may be its body"},
     {ExitStatus::Output, "the output could not be written"},
+    {ExitStatus::Json, "a JSON text is wrong; all messages before it were encoded"},
 };
 
 } // namespace relaymsg

@@ -1,5 +1,6 @@
 #include "tools/relaymsg/HexText.h"
 
+#include "tools/relaymsg/HexDigits.h"
 #include "tools/relaymsg/TextEscape.h"
 
 #include <algorithm>
@@ -12,13 +13,6 @@ namespace {
 constexpr size_t CHUNK = 64 * 1024;
 constexpr size_t RECOGNISED = 32;      // characters of the first line that are enough to tell the form
 constexpr size_t LONGEST_LINE = 65536; // bytes of a line that `*` can repeat
-
-int digitValue(char c) {
-    return c >= '0' && c <= '9'   ? c - '0'
-           : c >= 'a' && c <= 'f' ? c - 'a' + 10
-           : c >= 'A' && c <= 'F' ? c - 'A' + 10
-                                  : -1;
-}
 
 bool isDigit(char c) {
     return digitValue(c) >= 0;

@@ -1,6 +1,7 @@
 #include "tools/relaymsg/Printer.h"
 
 #include "tools/relaymsg/FieldText.h"
+#include "tools/relaymsg/JsonText.h"
 #include "tools/relaymsg/SummaryLine.h"
 
 #include <cstdio>
@@ -60,6 +61,13 @@ void SummaryPrinter::end() {
         bytes += total.bytes;
     }
     print("total", ROW, count, bytes);
+}
+
+void JsonPrinter::message(const MessageStream& stream) {
+    line_.clear();
+    appendJson(line_, stream.bytes());
+    line_ += '\n';
+    out_.append(line_);
 }
 
 } // namespace relaymsg

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 
 namespace relaymsg {
 
@@ -66,6 +67,19 @@ private:
 
     Output& out_;
     std::array<Total, 256> totals_; // by command id
+};
+
+/// A JSON object for each message, one a line. A message that failed is none.
+class JsonPrinter : public Printer {
+public:
+    explicit JsonPrinter(Output& out) : out_(out) {}
+
+    void message(const MessageStream& stream) override;
+    void failure(const MessageStream&) override {}
+
+private:
+    Output& out_;
+    std::string line_;
 };
 
 } // namespace relaymsg

@@ -1,5 +1,7 @@
 #include "tools/relaymsg/TextEscape.h"
 
+#include "tools/relaymsg/Utf8.h"
+
 #include <cstddef>
 #include <cstring>
 
@@ -11,33 +13,10 @@ constexpr uint8_t byteAt(std::string_view text, size_t i) {
     return static_cast<uint8_t>(text[i]);
 }
 
-/// Whether a terminal or a reader could take the character for something else than a character.
-constexpr bool deceives(uint32_t character) {
-    return character < 0xa0       // a control character
-           || character == 0x061c // marks and overrides of the direction of writing
-           || (character >= 0x200e && character <= 0x200f) ||
-           (character >= 0x2028 && character <= 0x202e) // the first two of these break a line
-           || (character >= 0x2066 && character <= 0x2069);
-}
-
-/// The length of the UTF-8 sequence of two or more bytes at the start of @p text that may be shown as it is;
-/// 0 if there is none.
+/// The length of the UTF-8 character at the start of @p text if it may be shown as it is; otherwise 0.
 size_t sequenceLength(std::string_view text) {
-    const uint8_t lead = byteAt(text, 0);
-    const size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
-    if (lead < 0xc2 || lead > 0xf4 || text.size() < length) {
-        return 0;
-    }
-    uint32_t character = lead & (0x7fu >> length);
-    for (size_t i = 1; i < length; ++i) {
-        if ((byteAt(text, i) & 0xc0) != 0x80) {
-            return 0;
-        }
-        character = character << 6 | (byteAt(text, i) & 0x3fu);
-    }
-    const bool overlong = character < (length == 4 ? 0x10000u : length == 3 ? 0x800u : 0x80u);
-    const bool surrogate = character >= 0xd800 && character <= 0xdfff;
-    return overlong || surrogate || character > 0x10ffff || deceives(character) ? 0 : length;
+    const Utf8Character character = firstCharacter(text);
+    return deceives(character.code) ? 0 : character.length;
 }
 
 template <class Sink>

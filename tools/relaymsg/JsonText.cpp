@@ -1,0 +1,156 @@
+#include "tools/relaymsg/JsonText.h"
+
+#include "tools/relaymsg/FieldWalk.h"
+#include "tools/relaymsg/HexDigits.h"
+#include "tools/relaymsg/Utf8.h"
+
+namespace relaymsg {
+
+using cs_relay_msg::schema::Field;
+using cs_relay_msg::schema::Kind;
+
+namespace {
+
+void appendEscape(std::string& to, uint32_t code) {
+    switch (code) {
+    case '\n':
+        to += "\\n";
+        return;
+    case '\r':
+        to += "\\r";
+        return;
+    case '\t':
+        to += "\\t";
+        return;
+    default:
+        break;
+    }
+    const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code & 0xff)};
+    to += "\\u";
+    appendHex(to, {bytes, sizeof(bytes)}); // none of them is above 0xffff
+}
+
+class JsonVisitor : public FieldVisitor {
+public:
+    explicit JsonVisitor(std::string& to) : to_(to) {}
+
+    void open(const Group& group) override {
+        next();
+        switch (group.shape) {
+        case Shape::Union:
+            union_ = group.name; // follows if it has a member
+            return;
+        case Shape::Member:
+            key(union_);
+            to_ += '{';
+            key(group.name);
+            to_ += '{';
+            return;
+        case Shape::Array:
+            key(group.name);
+            to_ += '[';
+            return;
+        case Shape::Record:
+            key(group.name);
+            [[fallthrough]];
+        case Shape::Element:
+            to_ += '{';
+            return;
+        }
+    }
+
+    void close(const Group& group) override {
+        if (group.shape == Shape::Union) {
+            return;
+        }
+        to_ += group.shape == Shape::Array ? "]" : group.shape == Shape::Member ? "}}" : "}";
+    }
+
+    void leaf(const Leaf& leaf) override {
+        next();
+        key(leaf.field.name);
+        switch (leaf.field.kind) {
+        case Kind::Scalar:
+            return scalar(leaf);
+        case Kind::Bytes:
+            return hex(leaf.bytes);
+        default:
+            break;
+        }
+        if (!appendJsonString(to_, leaf.bytes)) {
+            to_ += "{\"hex\":";
+            hex(leaf.bytes);
+            to_ += '}';
+        }
+    }
+
+private:
+    /// What joins a value to the one before it.
+    void next() {
+        if (to_.back() != '{' && to_.back() != '[' && to_.back() != ',') {
+            to_ += ',';
+        }
+    }
+
+    void key(const char* name) {
+        to_ += '"';
+        to_ += name;
+        to_ += "\":";
+    }
+
+    void scalar(const Leaf& leaf) {
+        if (leaf.field.width == sizeof(uint64_t)) {
+            to_ += '"' + std::to_string(leaf.value) + '"';
+        } else if (leaf.field.isSigned) {
+            to_ += std::to_string(static_cast<int32_t>(leaf.value));
+        } else {
+            to_ += std::to_string(leaf.value);
+        }
+    }
+
+    void hex(std::string_view bytes) {
+        to_ += '"';
+        appendHex(to_, bytes);
+        to_ += '"';
+    }
+
+    std::string& to_;
+    const char* union_ = "";
+};
+
+} // namespace
+
+bool appendJsonString(std::string& to, std::string_view text) {
+    const size_t start = to.size();
+    to += '"';
+    while (!text.empty()) {
+        const Utf8Character character = firstCharacter(text);
+        if (character.length == 0) {
+            to.resize(start);
+            return false;
+        }
+        if (deceives(character.code)) {
+            appendEscape(to, character.code);
+        } else {
+            if (text[0] == '"' || text[0] == '\\') {
+                to += '\\';
+            }
+            to += text.substr(0, character.length);
+        }
+        text.remove_prefix(character.length);
+    }
+    to += '"';
+    return true;
+}
+
+void appendJson(std::string& to, std::string_view bytes) {
+    JsonVisitor visitor(to);
+    to += '{';
+    walkMessage(bytes, visitor);
+    if (to.back() == ',') { // a head without a body
+        to.pop_back();
+    }
+    to += '}';
+}
+
+} // namespace relaymsg
