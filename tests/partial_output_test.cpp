@@ -85,28 +85,55 @@ TEST(PartialOutput, SecondStringFailsBehindTheFirst) {
     EXPECT_EQ(user->szUser_ip[63], '1');
 }
 
+namespace {
+
+/// Packs with ample and with exact room and looks behind the used size.
+template <class T>
+void expectNothingBehind(const T& record, size_t expectedSize) {
+    std::string memory(256, '#');
+    size_t used = 0;
+    ASSERT_EQ(packInto(memory, memory.size(), record, used), 0);
+    EXPECT_EQ(used, expectedSize);
+    EXPECT_EQ(memory.find_first_not_of('#', used), std::string::npos);
+
+    std::string exact(256, '#');
+    ASSERT_EQ(packInto(exact, used, record, used), 0);
+    EXPECT_EQ(Bytes(exact), Bytes(memory));
+}
+
+} // namespace
+
 TEST(PartialOutput, NothingAtOrBehindTheUsedSizeIsWritten) {
     for (uint16_t length = 0; length <= 80; ++length) {
+        SCOPED_TRACE(length);
+        auto pack = filled<CSRelayMsgPack>('p'); // its bytes come last
+        pack->wLength = length;
+        expectNothingBehind(*pack, 7u + length);
         auto input = filled<CSRelayInput>('i');
         input->stRelayData.wRelayLen = length;
-        std::string memory(256, '#');
-        size_t used = 0;
-        ASSERT_EQ(packInto(memory, memory.size(), *input, used), 0);
-        EXPECT_EQ(used, 10u + length);
-        EXPECT_EQ(memory.find_first_not_of('#', used), std::string::npos) << length;
-
-        std::string exact(256, '#');
-        ASSERT_EQ(packInto(exact, used, *input, used), 0);
-        EXPECT_EQ(exact, memory) << length;
-    }
-    for (size_t length = 0; length <= 127; ++length) {
-        auto login = filled<CSRelayMsgLoginReq>('x');
+        expectNothingBehind(*input, 10u + length);
+        auto seek = filled<CSRelaySeekPlayRes>('s'); // its text comes last
+        seek->szRetStr[length] = '\0';
+        expectNothingBehind(*seek, 9u + length);
+        auto login = filled<CSRelayMsgLoginReq>('l');
         login->szSigBuf[length] = '\0';
-        std::string memory(256, '#');
-        size_t used = 0;
-        ASSERT_EQ(packInto(memory, memory.size(), *login, used), 0);
-        EXPECT_EQ(used, 9u + length);
-        EXPECT_EQ(memory.find_first_not_of('#', used), std::string::npos) << length;
+        expectNothingBehind(*login, 9u + length);
+    }
+}
+
+TEST(PartialOutput, NothingBeyondTheCountOrTheNulIsReadIntoTheRecord) {
+    const std::string wire(256, 'w');
+    for (uint16_t length = 0; length <= 80; ++length) {
+        SCOPED_TRACE(length);
+        std::string bytes = hex("00 00 01 00 00") + std::string(1, '\0') + static_cast<char>(length) + wire;
+        auto pack = filled<CSRelayMsgPack>('#');
+        ASSERT_EQ(korvan_test::unpacked(*pack, bytes), 0);
+        EXPECT_EQ(image(*pack).find_first_not_of('#', 7u + length), std::string::npos);
+        bytes = hex("00 00 00 00 00 00 00") + static_cast<char>(length + 1) + wire.substr(0, length) + '\0' +
+                wire;
+        auto seek = filled<CSRelaySeekPlayRes>('#');
+        ASSERT_EQ(korvan_test::unpacked(*seek, bytes), 0);
+        EXPECT_EQ(image(*seek).find_first_not_of('#', 4u + length + 1), std::string::npos);
     }
 }
 

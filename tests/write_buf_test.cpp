@@ -333,8 +333,17 @@ KORVAN_NOINLINE void operator delete[](void* block, size_t) noexcept {
     operator delete[](block);
 }
 
+namespace {
+/// A block that the compiler cannot prove unused and leave out.
+char* makeBlock() {
+    static char* volatile block = nullptr;
+    block = new char[4];
+    return block;
+}
+} // namespace
+
 TEST(WriteBufOwnership, CallersMemoryIsNeverReleased) {
-    char* const memory = new char[4];
+    char* const memory = makeBlock();
     releasedBlocks = 0;
     { BixWriteBuf buf(memory, 4); }
     EXPECT_EQ(releasedBlocks, 0);
@@ -344,7 +353,7 @@ TEST(WriteBufOwnership, CallersMemoryIsNeverReleased) {
 TEST(WriteBufOwnership, OwnedBlockIsReleasedOnDestruction) {
     releasedBlocks = 0;
     {
-        BixWriteBuf buf(new char[4], 4);
+        BixWriteBuf buf(makeBlock(), 4);
         buf.ownsBuffer = true;
     }
     EXPECT_EQ(releasedBlocks, 1);
@@ -353,7 +362,7 @@ TEST(WriteBufOwnership, OwnedBlockIsReleasedOnDestruction) {
 TEST(WriteBufOwnership, FreeReleasesOnceAndKeepsPositionAndLength) {
     releasedBlocks = 0;
     {
-        BixWriteBuf buf(new char[4], 4);
+        BixWriteBuf buf(makeBlock(), 4);
         buf.ownsBuffer = true;
         ASSERT_EQ(buf.reserve(3), 0);
         buf._free();
@@ -369,7 +378,7 @@ TEST(WriteBufOwnership, FreeReleasesOnceAndKeepsPositionAndLength) {
 
 TEST(WriteBufOwnership, FreeReleasesWhateverTheFlagSays) {
     releasedBlocks = 0;
-    BixWriteBuf buf(new char[4], 4);
+    BixWriteBuf buf(makeBlock(), 4);
     buf._free();
     EXPECT_EQ(releasedBlocks, 1);
 }
