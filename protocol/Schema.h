@@ -42,7 +42,7 @@ struct Field {
     bool isSigned;         ///< Scalar: two's complement
     uint8_t labelLength;   ///< characters in the label
     uint8_t since;         ///< the version that added the field
-    int8_t countField;     ///< Bytes, RecordArray: index of the count field in the same record; otherwise -1
+    int16_t countField;    ///< Bytes, RecordArray: index of the count field in the same record; otherwise -1
     uint32_t offset;       ///< bytes before the field in the record's memory
     uint32_t width;        ///< bytes in memory of the scalar, or of one element of an array or string
     uint32_t bound;        ///< elements of an array, capacity of a string with its NUL; otherwise 1

@@ -297,7 +297,7 @@ constexpr std::array<Field, sizeof...(Lines)> makeFields(Lines... line) {
     for (size_t i = 0; i < fields.size(); ++i) {
         for (size_t count = 0; count < i; ++count) {
             if (fields[count].offset == countOffsets[i]) {
-                fields[i].countField = static_cast<int8_t>(count);
+                fields[i].countField = static_cast<int16_t>(count);
             }
         }
     }
