@@ -5,6 +5,8 @@
 
 #include "protocol/Schema.h"
 #include "tools/relaymsg/ExitStatus.h"
+#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Selection.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,6 +22,9 @@ namespace relaymsg {
 void addDecode(CLI::App& app, ExitStatus& status);
 void addEncode(CLI::App& app, ExitStatus& status);
 void addNew(CLI::App& app, ExitStatus& status);
+void addDiff(CLI::App& app, ExitStatus& status);
+void addSchema(CLI::App& app, ExitStatus& status);
+void addStats(CLI::App& app, ExitStatus& status);
 /// @}
 
 /// The exit statuses in words, for a command's help.
@@ -45,6 +50,22 @@ CLI::Option* addParsed(CLI::App& app, const char* name, Value& target,
     };
     return app.add_option_function<std::string>(name, take, description);
 }
+
+/// Adds the option for the form of the input.
+inline void addForm(CLI::App& app, InputForm& form) {
+    addParsed(app, "--format", form, parseForm, "must be raw or hex",
+              "The form of the input; by default its first bytes tell it")
+        ->type_name("raw|hex");
+}
+
+/// Adds what tells the input and its form.
+inline void addInput(CLI::App& app, std::string& file, InputForm& form) {
+    app.add_option("FILE", file, "What to read; - is standard input")->type_name("");
+    addForm(app, form);
+}
+
+/// Adds the options that choose messages.
+void addSelection(CLI::App& app, Selection& selection);
 
 /// Adds an option for a version of the protocol.
 inline void addVersion(CLI::App& app, const char* name, uint32_t& target, const char* description) {

@@ -5,13 +5,14 @@
 
 #include "tools/relaymsg/ExitStatus.h"
 #include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Selection.h"
 
 #include <string>
 
 namespace relaymsg {
 
 /// How messages are shown.
-enum class View { Text, Summary, Json };
+enum class View { Text, Summary, Json, Annotate };
 
 struct DecodeOptions {
     std::string file = "-";
@@ -19,6 +20,8 @@ struct DecodeOptions {
     View view = View::Text;
     int indent = 1;
     char separator = '\n';
+    bool redact = false;
+    Selection selection;
 };
 
 /// Runs the command: messages to standard output, what is wrong to standard error.

@@ -29,8 +29,13 @@ hexadecimal digits, a text that is no UTF-8 {"hex": "..."}. A field that the
 message's version does not carry is absent; so is the body of an unknown
 command.
 
+With --annotate each line below the first has an offset, the bytes from there
+on, and on the first line of a field its path and its value:
+  31        00 00 03 e9              stHead.dwUserID  1001
+
 Examples:
   relaymsg decode session.bin
+  relaymsg decode --command stRelayLoginReq --user 1001 --redact session.bin
   relaymsg decode --summary session.hex
   relaymsg decode --json session.bin | jq 'select(.stHead.dwUserID == 1001)'
   nc -l 9000 | relaymsg decode --separator ' '
@@ -42,10 +47,7 @@ Examples:
 void addDecode(CLI::App& app, ExitStatus& status) {
     const auto options = std::make_shared<DecodeOptions>();
     CLI::App& decode = *app.add_subcommand("decode", "Print the messages of a recorded stream");
-    decode.add_option("FILE", options->file, "What to read; - is standard input")->type_name("");
-    addParsed(decode, "--format", options->form, parseForm, "must be raw or hex",
-              "The form of the input; by default its first bytes tell it")
-        ->type_name("raw|hex");
+    addInput(decode, options->file, options->form);
     CLI::App& views = *decode.add_option_group("Views", "How messages are shown");
     views.require_option(0, 1);
     const auto addView = [&](const char* name, View view, const char* description) {
@@ -55,6 +57,10 @@ void addDecode(CLI::App& app, ExitStatus& status) {
     addView("--text", View::Text, "One line about each message, then its fields (the default)");
     addView("--summary", View::Summary, "Only the first line of each message, then totals per command");
     addView("--json", View::Json, "A JSON object for each message, one a line");
+    addView("--annotate", View::Annotate, "One line about each message, then its bytes and what they are");
+    addSelection(decode, options->selection);
+    decode.add_flag("--redact", options->redact,
+                    "Show asterisks in place of signatures and addresses (szSigBuf, szUser_ip)");
     decode
         .add_option("--indent", options->indent,
                     "Levels of two blanks before the fields; -1: no blanks at all (default 1)")

@@ -5,7 +5,7 @@
 
 namespace relaymsg {
 
-enum class ExitStatus : int { Ok, Usage, Input, Decode, UnknownCommand, Output, Json };
+enum class ExitStatus : int { Ok, Usage, Input, Decode, UnknownCommand, Output, Json, Changed, Breaks };
 
 /// One status in words.
 struct ExitMeaning {
@@ -23,6 +23,8 @@ inline constexpr ExitMeaning EXIT_MEANINGS[] = {
      "all was decoded, but a command was unknown: what follows it may be its body"},
     {ExitStatus::Output, "the output could not be written"},
     {ExitStatus::Json, "a JSON text is wrong; all messages before it were encoded"},
+    {ExitStatus::Changed, "schema --check: the protocol changed, but old peers understand it"},
+    {ExitStatus::Breaks, "schema --check: the protocol changed, and old peers misunderstand it"},
 };
 
 } // namespace relaymsg

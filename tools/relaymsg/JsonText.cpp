@@ -1,12 +1,10 @@
 #include "tools/relaymsg/JsonText.h"
 
-#include "tools/relaymsg/FieldWalk.h"
 #include "tools/relaymsg/HexDigits.h"
 #include "tools/relaymsg/Utf8.h"
 
 namespace relaymsg {
 
-using cs_relay_msg::schema::Field;
 using cs_relay_msg::schema::Kind;
 
 namespace {
@@ -28,6 +26,22 @@ void appendEscape(std::string& to, uint32_t code) {
     const char bytes[] = {static_cast<char>(code >> 8), static_cast<char>(code & 0xff)};
     to += "\\u";
     appendHex(to, {bytes, sizeof(bytes)}); // none of them is above 0xffff
+}
+
+void appendHexString(std::string& to, std::string_view bytes) {
+    to += '"';
+    appendHex(to, bytes);
+    to += '"';
+}
+
+void appendInteger(std::string& to, const Leaf& leaf) {
+    if (leaf.field.width == sizeof(uint64_t)) {
+        to += '"' + std::to_string(leaf.value) + '"';
+    } else if (leaf.field.isSigned) {
+        to += std::to_string(static_cast<int32_t>(leaf.value));
+    } else {
+        to += std::to_string(leaf.value);
+    }
 }
 
 class JsonVisitor : public FieldVisitor {
@@ -69,19 +83,7 @@ public:
     void leaf(const Leaf& leaf) override {
         next();
         key(leaf.field.name);
-        switch (leaf.field.kind) {
-        case Kind::Scalar:
-            return scalar(leaf);
-        case Kind::Bytes:
-            return hex(leaf.bytes);
-        default:
-            break;
-        }
-        if (!appendJsonString(to_, leaf.bytes)) {
-            to_ += "{\"hex\":";
-            hex(leaf.bytes);
-            to_ += '}';
-        }
+        appendJsonValue(to_, leaf);
     }
 
 private:
@@ -96,22 +98,6 @@ private:
         to_ += '"';
         to_ += name;
         to_ += "\":";
-    }
-
-    void scalar(const Leaf& leaf) {
-        if (leaf.field.width == sizeof(uint64_t)) {
-            to_ += '"' + std::to_string(leaf.value) + '"';
-        } else if (leaf.field.isSigned) {
-            to_ += std::to_string(static_cast<int32_t>(leaf.value));
-        } else {
-            to_ += std::to_string(leaf.value);
-        }
-    }
-
-    void hex(std::string_view bytes) {
-        to_ += '"';
-        appendHex(to_, bytes);
-        to_ += '"';
     }
 
     std::string& to_;
@@ -141,6 +127,18 @@ bool appendJsonString(std::string& to, std::string_view text) {
     }
     to += '"';
     return true;
+}
+
+void appendJsonValue(std::string& to, const Leaf& leaf) {
+    if (leaf.field.kind == Kind::Scalar) {
+        appendInteger(to, leaf);
+    } else if (leaf.field.kind == Kind::Bytes) {
+        appendHexString(to, leaf.bytes);
+    } else if (!appendJsonString(to, leaf.bytes)) {
+        to += "{\"hex\":";
+        appendHexString(to, leaf.bytes);
+        to += '}';
+    }
 }
 
 void appendJson(std::string& to, std::string_view bytes) {

@@ -8,6 +8,8 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_JSON_TEXT_H
 #define KORVAN_TOOLS_RELAYMSG_JSON_TEXT_H
 
+#include "tools/relaymsg/FieldWalk.h"
+
 #include <string>
 #include <string_view>
 
@@ -16,6 +18,9 @@ namespace relaymsg {
 /// Appends @p text, which is UTF-8, as a JSON string. Characters that could deceive its reader are escaped.
 /// False, and nothing appended, if it is no UTF-8.
 bool appendJsonString(std::string& to, std::string_view text);
+
+/// Appends the value of a field.
+void appendJsonValue(std::string& to, const Leaf& leaf);
 
 /// Appends the message at the start of @p bytes, which can be decoded, as one line without its end.
 void appendJson(std::string& to, std::string_view bytes);

@@ -1,5 +1,7 @@
 #include "tools/relaymsg/MessageStream.h"
 
+#include "tools/relaymsg/Redaction.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -37,6 +39,12 @@ MessageStream::Next MessageStream::next() {
 
 const schema::Command* MessageStream::command() const {
     return hasHead() ? schema::findCommand(message_->stHead.bCmdId) : nullptr;
+}
+
+void MessageStream::redact() {
+    if (relaymsg::redact(buffer_.get() + begin_, length_)) {
+        unpack();
+    }
 }
 
 int32_t MessageStream::unpack() {

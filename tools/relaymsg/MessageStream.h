@@ -55,6 +55,10 @@ public:
 
     /// After a failure: bytes from the start of the message on, as far as the stream was read.
     size_t available() const { return end_ - begin_; }
+    std::string_view availableBytes() const { return {at(begin_), available()}; }
+
+    /// Takes from the message, as far as it was decoded, what must not be passed on.
+    void redact();
 
 private:
     static constexpr size_t WINDOW = cs_relay_msg::CSRelayMsg::maxWireSize;

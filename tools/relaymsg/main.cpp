@@ -1,4 +1,5 @@
 #include "tools/relaymsg/CommandLine.h"
+#include "tools/relaymsg/Diff.h"
 #include "tools/relaymsg/TextEscape.h"
 
 #include <csignal>
@@ -25,17 +26,23 @@ int run(int argc, char** argv) {
     });
     ExitStatus status = ExitStatus::Ok;
     addDecode(app, status);
+    addStats(app, status);
+    addDiff(app, status);
 #ifdef RELAYMSG_JSON
     addEncode(app, status);
+    addSchema(app, status);
     app.footer(HELP);
 #else
-    app.footer(HELP + std::string("\nThis build leaves out `encode`, which needs nlohmann-json.\n"));
+    app.footer(HELP +
+               std::string("\nThis build leaves out `encode` and `schema`, which need nlohmann-json.\n"));
 #endif
     addNew(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return static_cast<int>(app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::Usage);
+        const bool diff = app.got_subcommand("diff"); // in whose statuses 1 means something else
+        const auto wrong = diff ? static_cast<int>(DiffStatus::Trouble) : static_cast<int>(ExitStatus::Usage);
+        return app.exit(error) == 0 ? 0 : wrong;
     }
     return static_cast<int>(status);
 }

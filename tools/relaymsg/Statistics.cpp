@@ -1,0 +1,106 @@
+#include "tools/relaymsg/Statistics.h"
+
+#include "tools/relaymsg/SummaryLine.h"
+
+#include <cstdio>
+#include <map>
+
+namespace relaymsg {
+
+namespace {
+
+/// Hundredths of a percent.
+uint64_t share(uint64_t part, uint64_t whole) {
+    return whole == 0
+               ? 0
+               : static_cast<uint64_t>(static_cast<double>(part) * 10000 / static_cast<double>(whole) + 0.5);
+}
+
+template <class... Values>
+std::string format(const char* words, Values... values) {
+    char text[256];
+    const int length = std::snprintf(text, sizeof(text), words, values...);
+    return {text, static_cast<size_t>(length)};
+}
+
+unsigned long long wide(uint64_t value) {
+    return value;
+}
+
+std::string nameOf(size_t id) {
+    return std::string(std::string_view(CommandName(static_cast<uint8_t>(id))));
+}
+
+std::string userRow(const std::string& user, const Total& total) {
+    return format("%-24s %12llu %16llu\n", user.c_str(), wide(total.messages), wide(total.bytes));
+}
+
+std::string totalJson(const Total& total) {
+    return "\"messages\":" + std::to_string(total.messages) + ",\"bytes\":" + std::to_string(total.bytes);
+}
+
+} // namespace
+
+void Statistics::add(uint8_t command, uint32_t user, size_t size) {
+    all_.add(size);
+    commands_[command].total.add(size);
+    commands_[command].sizes.add(static_cast<uint32_t>(size));
+    const auto known = users_.find(user);
+    Total& total = known != users_.end()        ? known->second
+                   : users_.size() < mostUsers_ ? users_[user]
+                                                : others_;
+    total.add(size);
+}
+
+std::string Statistics::table() const {
+    std::string text = format("%-24s %12s %16s %8s %8s %8s %8s %8s\n", "command", "messages", "bytes",
+                              "share", "min", "median", "p99", "max");
+    for (size_t id = 0; id < commands_.size(); ++id) {
+        const auto& [total, sizes] = commands_[id];
+        if (total.messages != 0) {
+            const uint64_t part = share(total.bytes, all_.bytes);
+            text += format("%-24s %12llu %16llu %4llu.%02llu%% %8u %8u %8u %8u\n", nameOf(id).c_str(),
+                           wide(total.messages), wide(total.bytes), wide(part / 100), wide(part % 100),
+                           sizes.least(), sizes.percentile(50), sizes.percentile(99), sizes.most());
+        }
+    }
+    text += userRow("total", all_);
+    text += format("\n%-24s %12s %16s\n", "user", "messages", "bytes");
+    const std::map<uint32_t, Total> users(users_.begin(), users_.end());
+    for (const auto& [user, total] : users) {
+        text += userRow(std::to_string(user), total);
+    }
+    if (others_.messages != 0) {
+        text += userRow("others", others_);
+        text += "Only the first " + std::to_string(mostUsers_) +
+                " users are told apart; --users N changes that.\n";
+    }
+    return text;
+}
+
+std::string Statistics::json() const {
+    std::string text = '{' + totalJson(all_) + ",\"commands\":[";
+    const char* comma = "";
+    for (size_t id = 0; id < commands_.size(); ++id) {
+        const auto& [total, sizes] = commands_[id];
+        if (total.messages != 0) {
+            const uint64_t part = share(total.bytes, all_.bytes);
+            text += comma + format("{\"id\":%zu,\"name\":\"%s\",", id, nameOf(id).c_str()) +
+                    totalJson(total) +
+                    format(",\"share\":%llu.%02llu,\"min\":%u,\"median\":%u,\"p99\":%u,\"max\":%u}",
+                           wide(part / 100), wide(part % 100), sizes.least(), sizes.percentile(50),
+                           sizes.percentile(99), sizes.most());
+            comma = ",";
+        }
+    }
+    text += "],\"users\":[";
+    comma = "";
+    const std::map<uint32_t, Total> users(users_.begin(), users_.end());
+    for (const auto& [user, total] : users) {
+        text += comma + format("{\"id\":%u,", user) + totalJson(total) + '}';
+        comma = ",";
+    }
+    return text + "],\"otherUsers\":{" + totalJson(others_) + "}}\n";
+}
+
+} // namespace relaymsg

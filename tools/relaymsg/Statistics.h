@@ -1,0 +1,55 @@
+/// @file
+/// What a stream is made of.
+#ifndef KORVAN_TOOLS_RELAYMSG_STATISTICS_H
+#define KORVAN_TOOLS_RELAYMSG_STATISTICS_H
+
+#include "tools/relaymsg/Histogram.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+
+namespace relaymsg {
+
+/// Messages and the bytes of them.
+struct Total {
+    uint64_t messages = 0;
+    uint64_t bytes = 0;
+
+    void add(size_t size) {
+        ++messages;
+        bytes += size;
+    }
+};
+
+class Statistics {
+public:
+    /// @param mostUsers how many users are told apart: the first so many that occur
+    explicit Statistics(size_t mostUsers) : mostUsers_(mostUsers) {}
+
+    void add(uint8_t command, uint32_t user, size_t size);
+
+    /// A table for people.
+    std::string table() const;
+
+    /// One JSON object, on one line.
+    std::string json() const;
+
+private:
+    struct Command {
+        Total total;
+        Histogram sizes;
+    };
+
+    size_t mostUsers_;
+    Total all_;
+    std::array<Command, 256> commands_; // by id
+    std::unordered_map<uint32_t, Total> users_;
+    Total others_; // of users that are not told apart
+};
+
+} // namespace relaymsg
+
+#endif
