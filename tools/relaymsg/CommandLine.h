@@ -53,9 +53,9 @@ CLI::Option* addParsed(CLI::App& app, const char* name, Value& target,
 
 /// Adds the option for the form of the input.
 inline void addForm(CLI::App& app, InputForm& form) {
-    addParsed(app, "--format", form, parseForm, "must be raw or hex",
+    addParsed(app, "--format", form, parseForm, "must be raw, hex or base64",
               "The form of the input; by default its first bytes tell it")
-        ->type_name("raw|hex");
+        ->type_name("raw|hex|base64");
 }
 
 /// Adds what tells the input and its form.

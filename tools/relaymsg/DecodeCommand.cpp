@@ -9,9 +9,9 @@ namespace relaymsg {
 namespace {
 
 constexpr const char* HELP =
-    R"(FILE holds messages one behind the other: as raw bytes, or as hexadecimal text,
-plain with blanks and line ends or as xxd, xxd -p, hexdump -C or od -Ax -tx1
-print it. Without FILE, or with -, standard input is read; each message is
+    R"(FILE holds messages one behind the other: as raw bytes, as base64, or as
+hexadecimal text, plain with blanks and line ends or as xxd, xxd -p, hexdump -C
+or od -Ax -tx1 print it. Without FILE, or with -, standard input is read; each message is
 printed as soon as it is complete.
 
 Of each message one line comes first:

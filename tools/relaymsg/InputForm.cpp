@@ -1,5 +1,6 @@
 #include "tools/relaymsg/InputForm.h"
 
+#include "tools/relaymsg/Base64Text.h"
 #include "tools/relaymsg/HexText.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ public:
     /// The first bytes, @p size of them unless there are fewer. Only before the first read.
     std::string_view peek(size_t size) {
         while (start_.size() < size) {
-            char bytes[DETECTION_SIZE];
+            char bytes[TEXT_DETECTION_SIZE];
             const size_t count = source_.read(bytes, std::min(sizeof(bytes), size - start_.size()));
             if (count == 0) {
                 break;
@@ -46,16 +47,17 @@ private:
 };
 
 /// Text, and the bytes that it stands for.
-class HexInput : public ByteSource {
+template <class Text>
+class TextInput : public ByteSource {
 public:
-    explicit HexInput(std::unique_ptr<ByteSource> text) : text_(std::move(text)), bytes_(*text_) {}
+    explicit TextInput(std::unique_ptr<ByteSource> text) : text_(std::move(text)), bytes_(*text_) {}
 
     size_t read(char* to, size_t size) override { return bytes_.read(to, size); }
     const std::string& error() const override { return bytes_.error(); }
 
 private:
     std::unique_ptr<ByteSource> text_;
-    HexText bytes_;
+    Text bytes_;
 };
 
 } // namespace
@@ -67,20 +69,31 @@ std::optional<InputForm> parseForm(std::string_view name) {
     if (name == "hex") {
         return InputForm::Hex;
     }
+    if (name == "base64") {
+        return InputForm::Base64;
+    }
     return std::nullopt;
 }
 
 InputForm detectForm(std::string_view start) {
-    return HexText::canBegin(start) ? InputForm::Hex : InputForm::Raw;
+    return HexText::canBegin(start)      ? InputForm::Hex
+           : Base64Text::canBegin(start) ? InputForm::Base64
+                                         : InputForm::Raw;
 }
 
 std::unique_ptr<ByteSource> openForm(ByteSource& input, InputForm form) {
     auto peeked = std::make_unique<Peeked>(input);
     if (form == InputForm::Detect) {
         form = detectForm(peeked->peek(DETECTION_SIZE));
+        if (form != InputForm::Raw) {
+            form = detectForm(peeked->peek(TEXT_DETECTION_SIZE));
+        }
     }
     if (form == InputForm::Hex) {
-        return std::make_unique<HexInput>(std::move(peeked));
+        return std::make_unique<TextInput<HexText>>(std::move(peeked));
+    }
+    if (form == InputForm::Base64) {
+        return std::make_unique<TextInput<Base64Text>>(std::move(peeked));
     }
     return peeked;
 }

@@ -11,16 +11,19 @@
 
 namespace relaymsg {
 
-enum class InputForm { Detect, Raw, Hex };
+enum class InputForm { Detect, Raw, Hex, Base64 };
 
 /// The form with this name; nothing if there is none.
 std::optional<InputForm> parseForm(std::string_view name);
 
-/// Bytes at the start of an input that are enough to tell its form: up to the version byte of a first
-/// message, which is none of a text's characters.
+/// Bytes at the start of an input that are enough to tell text from raw bytes: up to the version byte of a
+/// first message, which is none of a text's characters.
 inline constexpr size_t DETECTION_SIZE = 9;
 
-/// The form of an input that begins with @p start, its first DETECTION_SIZE bytes or all that it has.
+/// And those that tell one kind of text from another, as a rule: the shortest message in base64.
+inline constexpr size_t TEXT_DETECTION_SIZE = 16;
+
+/// The form of an input that begins with @p start: so many bytes, or all that it has.
 InputForm detectForm(std::string_view start);
 
 /// The bytes that @p input, which must outlive the result, holds in the form @p form.
