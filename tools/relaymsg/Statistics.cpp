@@ -42,29 +42,43 @@ std::string totalJson(const Total& total) {
 } // namespace
 
 void Statistics::add(uint8_t command, uint32_t user, size_t size) {
-    all_.add(size);
     commands_[command].total.add(size);
     commands_[command].sizes.add(static_cast<uint32_t>(size));
+    Recent& recent = recent_[user % recent_.size()];
+    if (recent.total == nullptr || recent.user != user) {
+        recent = {user, &totalOf(user)};
+    }
+    recent.total->add(size);
+}
+
+Total& Statistics::totalOf(uint32_t user) {
     const auto known = users_.find(user);
-    Total& total = known != users_.end()        ? known->second
-                   : users_.size() < mostUsers_ ? users_[user]
-                                                : others_;
-    total.add(size);
+    return known != users_.end() ? known->second : users_.size() < mostUsers_ ? users_[user] : others_;
+}
+
+Total Statistics::all() const {
+    Total all;
+    for (const Command& command : commands_) {
+        all.messages += command.total.messages;
+        all.bytes += command.total.bytes;
+    }
+    return all;
 }
 
 std::string Statistics::table() const {
+    const Total all = this->all();
     std::string text = format("%-24s %12s %16s %8s %8s %8s %8s %8s\n", "command", "messages", "bytes",
                               "share", "min", "median", "p99", "max");
     for (size_t id = 0; id < commands_.size(); ++id) {
         const auto& [total, sizes] = commands_[id];
         if (total.messages != 0) {
-            const uint64_t part = share(total.bytes, all_.bytes);
+            const uint64_t part = share(total.bytes, all.bytes);
             text += format("%-24s %12llu %16llu %4llu.%02llu%% %8u %8u %8u %8u\n", nameOf(id).c_str(),
                            wide(total.messages), wide(total.bytes), wide(part / 100), wide(part % 100),
                            sizes.least(), sizes.percentile(50), sizes.percentile(99), sizes.most());
         }
     }
-    text += userRow("total", all_);
+    text += userRow("total", all);
     text += format("\n%-24s %12s %16s\n", "user", "messages", "bytes");
     const std::map<uint32_t, Total> users(users_.begin(), users_.end());
     for (const auto& [user, total] : users) {
@@ -79,12 +93,13 @@ std::string Statistics::table() const {
 }
 
 std::string Statistics::json() const {
-    std::string text = '{' + totalJson(all_) + ",\"commands\":[";
+    const Total all = this->all();
+    std::string text = '{' + totalJson(all) + ",\"commands\":[";
     const char* comma = "";
     for (size_t id = 0; id < commands_.size(); ++id) {
         const auto& [total, sizes] = commands_[id];
         if (total.messages != 0) {
-            const uint64_t part = share(total.bytes, all_.bytes);
+            const uint64_t part = share(total.bytes, all.bytes);
             text += comma + format("{\"id\":%zu,\"name\":\"%s\",", id, nameOf(id).c_str()) +
                     totalJson(total) +
                     format(",\"share\":%llu.%02llu,\"min\":%u,\"median\":%u,\"p99\":%u,\"max\":%u}",

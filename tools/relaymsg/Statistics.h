@@ -43,11 +43,20 @@ private:
         Histogram sizes;
     };
 
+    /// The total of a user that was looked up before: a look-up costs more than all the rest.
+    struct Recent {
+        uint32_t user = 0;
+        Total* total = nullptr;
+    };
+
+    Total all() const;
+    Total& totalOf(uint32_t user);
+
     size_t mostUsers_;
-    Total all_;
     std::array<Command, 256> commands_; // by id
     std::unordered_map<uint32_t, Total> users_;
-    Total others_; // of users that are not told apart
+    std::array<Recent, 64> recent_; // by the last bits of the user
+    Total others_;                  // of users that are not told apart
 };
 
 } // namespace relaymsg
