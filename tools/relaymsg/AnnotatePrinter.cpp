@@ -67,7 +67,7 @@ public:
             }
             if (at == start) {
                 pad(column + 3 * PER_LINE);
-                line_ += ' ' + what + "  " + value;
+                line_.append(1, ' ').append(what).append("  ").append(value);
             }
             line_.resize(line_.find_last_not_of(' ') + 1);
             line_ += '\n';

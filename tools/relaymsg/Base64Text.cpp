@@ -53,7 +53,7 @@ bool Base64Text::fill() {
 void Base64Text::accept(char c) {
     ++column_;
     if (isLineEnd(c)) {
-        line_ += c == '\n';
+        line_ += c == '\n' ? 1 : 0;
         column_ = 0;
         return;
     }
@@ -63,7 +63,7 @@ void Base64Text::accept(char c) {
         refuse("'" + escaped({&c, 1}) + "' is no base64, or not at this place.");
         return;
     }
-    padding_ += pads;
+    padding_ += pads ? 1 : 0;
     bits_ = bits_ << 6 | (pads ? 0 : static_cast<uint32_t>(value));
     if (++characters_ == 4) {
         for (int i = 0; i < 3 - padding_; ++i) {

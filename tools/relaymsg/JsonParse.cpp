@@ -76,7 +76,7 @@ private:
 std::string reason(const json::parse_error& error) {
     const std::string text = error.what();
     const size_t start = text.find("syntax error");
-    return escaped(start == text.npos ? text : text.substr(start));
+    return escaped(start == std::string::npos ? text : text.substr(start));
 }
 
 } // namespace
@@ -105,10 +105,11 @@ json parseJson(std::string_view text) {
     } catch (const json::parse_error& error) {
         const size_t at = std::min(text.size(), error.byte > 0 ? error.byte - 1 : 0);
         const auto lines = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(at), '\n');
-        const size_t lineStart = at == 0 ? text.npos : text.rfind('\n', at - 1);
-        throw JsonFault{"", "is no JSON: line " + std::to_string(lines + 1) + " of it, column " +
-                                std::to_string(at - (lineStart == text.npos ? 0 : lineStart + 1) + 1) + ": " +
-                                reason(error) + "."};
+        const size_t lineStart = at == 0 ? std::string::npos : text.rfind('\n', at - 1);
+        throw JsonFault{"",
+                        "is no JSON: line " + std::to_string(lines + 1) + " of it, column " +
+                            std::to_string(at - (lineStart == std::string::npos ? 0 : lineStart + 1) + 1) +
+                            ": " + reason(error) + "."};
     } catch (const json::out_of_range&) {
         throw JsonFault{"", "holds a number of a size that nothing here has."};
     }

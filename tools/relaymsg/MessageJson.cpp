@@ -4,6 +4,7 @@
 #include "tools/relaymsg/HexDigits.h"
 #include "tools/relaymsg/JsonParse.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <limits>
@@ -186,7 +187,7 @@ private:
         case Kind::String: {
             const std::string text = textOf(at);
             limit(at, text.size(), field.bound - 1, "bytes of text");
-            if (text.find('\0') != text.npos) {
+            if (text.find('\0') != std::string::npos) {
                 refuse(at.path, "holds a NUL, which no text can.");
             }
             std::memcpy(to, text.c_str(), text.size() + 1);
@@ -195,7 +196,7 @@ private:
         case Kind::Bytes: {
             const std::string bytes = bytesOf(at);
             limit(at, bytes.size(), field.bound, "bytes");
-            std::memcpy(to, bytes.data(), bytes.size());
+            std::copy(bytes.begin(), bytes.end(), to);
             return count(field, bytes.size(), "bytes");
         }
         case Kind::RecordArray: {

@@ -2,6 +2,7 @@
 
 #include "tools/relaymsg/SummaryLine.h"
 
+#include <cmath>
 #include <cstdio>
 #include <map>
 
@@ -11,9 +12,9 @@ namespace {
 
 /// Hundredths of a percent.
 uint64_t share(uint64_t part, uint64_t whole) {
-    return whole == 0
-               ? 0
-               : static_cast<uint64_t>(static_cast<double>(part) * 10000 / static_cast<double>(whole) + 0.5);
+    return whole == 0 ? 0
+                      : static_cast<uint64_t>(
+                            std::llround(static_cast<double>(part) * 10000 / static_cast<double>(whole)));
 }
 
 template <class... Values>
