@@ -42,7 +42,7 @@ bool JsonValues::peek() {
 }
 
 void JsonValues::take() {
-    lineNow_ += chunk_[at_] == '\n' ? 1 : 0;
+    lineNow_ += chunk_[at_] == '\n' ? 1U : 0U;
     ++at_;
 }
 
