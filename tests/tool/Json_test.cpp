@@ -203,7 +203,7 @@ TEST(MessageJson, refusesValuesOutOfRange) {
 }
 
 TEST(MessageJson, refusesOtherThanADecimalStringFor64Bits) {
-    const std::string relogin = wire::head(cmd::stRelayReloginNotify) + wire::big(0, 12);
+    const std::string relogin = wire::head(cmd::stRelayReloginNotify) + wire::big(0, 4) + wire::big(0, 8);
     const auto question = [&](const json& value) {
         return refusalOf(relogin,
                          [&](json& m) { m["stBody"]["stRelayReloginNotify"]["ullQuestion"] = value; });
