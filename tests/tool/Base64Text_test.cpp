@@ -72,7 +72,7 @@ TEST(Base64Text, isDetected) {
 TEST(Base64Text, readsAsTheBytesDo) {
     const std::string expected = runTool({"decode", CAPTURES "/session.bin"}).out;
     for (const std::string options : {"", " -w 0", " -w 7"}) {
-        const Outcome outcome = shell("base64" + options + " " CAPTURES "/session.bin | relaymsg decode");
+        const Outcome outcome = shell("base64" + options + " '" CAPTURES "/session.bin' | relaymsg decode");
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.err, "");
         EXPECT_TRUE(outcome.out == expected) << options;
