@@ -8,6 +8,8 @@
 #include "tests/tool/Sources.h"
 #include "tools/relaymsg/FailureReport.h"
 #include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/JsonFault.h"
+#include "tools/relaymsg/MessageJson.h"
 #include "tools/relaymsg/MessageStream.h"
 #include "tools/relaymsg/Output.h"
 #include "tools/relaymsg/Printer.h"
@@ -77,35 +79,86 @@ private:
     int fd_;
 };
 
+enum class Print { Lines, Totals, Json };
+
+std::unique_ptr<Printer> printerFor(Print print, Output& out) {
+    switch (print) {
+    case Print::Lines:
+        return std::make_unique<TextPrinter>(out, 1, '\n');
+    case Print::Totals:
+        return std::make_unique<SummaryPrinter>(out);
+    case Print::Json:
+        break;
+    }
+    return std::make_unique<JsonPrinter>(out);
+}
+
+struct Report {
+    std::string printed;
+    std::string messages; ///< the bytes of those that could be decoded
+};
+
 /// All that the tool tells of the messages.
-std::string reportOf(std::string_view text, InputForm form, CutSource::NextSize cuts, bool summary) {
+Report reportOf(std::string_view text, InputForm form, CutSource::NextSize cuts, Print print) {
     CutSource source(text, std::move(cuts));
     const std::unique_ptr<ByteSource> opened = openForm(source, form);
     Beginning beginning(*opened);
     MessageStream stream(beginning);
     Printed printed;
-    {
-        Output out(printed.fd());
-        TextPrinter lines(out, 1, '\n');
-        SummaryPrinter totals(out);
-        Printer& printer = summary ? static_cast<Printer&>(totals) : lines;
-        uint64_t end = 0, messages = 0;
-        MessageStream::Next next;
-        while ((next = stream.next()) == MessageStream::Next::Message) {
-            KORVAN_REQUIRE(stream.offset() == end && stream.number() == ++messages);
-            end += stream.bytes().size();
-            printer.message(stream);
-        }
-        if (next == MessageStream::Next::Failure) {
-            KORVAN_REQUIRE(stream.offset() == end);
-            printer.failure(stream);
+    Output out(printed.fd());
+    const std::unique_ptr<Printer> printer = printerFor(print, out);
+    Report report;
+    uint64_t messages = 0;
+    MessageStream::Next next;
+    while ((next = stream.next()) == MessageStream::Next::Message) {
+        KORVAN_REQUIRE(stream.offset() == report.messages.size() && stream.number() == ++messages);
+        report.messages += stream.bytes();
+        printer->message(stream);
+    }
+    if (next == MessageStream::Next::Failure) {
+        KORVAN_REQUIRE(stream.offset() == report.messages.size());
+        printer->failure(stream);
+        if (print != Print::Json) {
             out.append(failureText(stream, {}));
         }
-        printer.end();
-        out.flush();
-        KORVAN_REQUIRE(out.error() == 0);
     }
-    return printed.text();
+    printer->end();
+    out.flush();
+    KORVAN_REQUIRE(out.error() == 0);
+    report.printed = printed.text();
+    return report;
+}
+
+std::string packed(const cs_relay_msg::CSRelayMsg& message) {
+    std::string wire(cs_relay_msg::CSRelayMsg::maxWireSize, '\0');
+    size_t used = 0;
+    KORVAN_REQUIRE(message.pack(wire.data(), wire.size(), &used, message.stHead.bVersion) == 0);
+    wire.resize(used);
+    return wire;
+}
+
+/// The messages of JSON, an object a line, as bytes.
+std::string fromJson(std::string_view lines) {
+    static const auto message = std::make_unique<cs_relay_msg::CSRelayMsg>();
+    std::string bytes;
+    while (!lines.empty()) {
+        const size_t end = std::min(lines.find('\n'), lines.size() - 1);
+        readMessage(lines.substr(0, end), *message);
+        bytes += packed(*message);
+        lines.remove_prefix(end + 1);
+    }
+    return bytes;
+}
+
+void readHostileJson(std::string_view text) {
+    static const auto message = std::make_unique<cs_relay_msg::CSRelayMsg>();
+    try {
+        readMessage(text, *message);
+    } catch (const JsonFault& fault) {
+        KORVAN_REQUIRE(!fault.sentence.empty());
+        return;
+    }
+    KORVAN_REQUIRE(!packed(*message).empty());
 }
 
 bool isClean(std::string_view text) {
@@ -120,15 +173,22 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 2) {
         return 0;
     }
-    constexpr InputForm FORMS[] = {InputForm::Detect, InputForm::Raw, InputForm::Hex};
-    const InputForm form = FORMS[data[0] % 3];
+    constexpr InputForm FORMS[] = {InputForm::Detect, InputForm::Raw, InputForm::Hex, InputForm::Base64};
+    const InputForm form = FORMS[data[0] % 4];
+    const unsigned what = data[0] / 4 % 4;
     const unsigned seed = data[1];
     const std::string_view text(reinterpret_cast<const char*>(data) + 2, size - 2);
-
+    if (what == 3) {
+        readHostileJson(text);
+        return 0;
+    }
     KORVAN_REQUIRE(bytesOf(text, form, whole()) == bytesOf(text, form, randomPieces(seed)));
-    const bool summary = data[0] / 3 % 2 != 0;
-    const std::string report = reportOf(text, form, whole(), summary);
-    KORVAN_REQUIRE(report == reportOf(text, form, randomPieces(seed), summary));
-    KORVAN_REQUIRE(isClean(report));
+    const Print print = static_cast<Print>(what);
+    const Report report = reportOf(text, form, whole(), print);
+    KORVAN_REQUIRE(report.printed == reportOf(text, form, randomPieces(seed), print).printed);
+    KORVAN_REQUIRE(isClean(report.printed));
+    if (print == Print::Json) {
+        KORVAN_REQUIRE(fromJson(report.printed) == report.messages);
+    }
     return 0;
 }

@@ -109,7 +109,13 @@ void writeReaders(const std::filesystem::path& folder, const std::filesystem::pa
     const std::string header{0, 1};
     writeFile(folder / "raw", header + part);
     writeFile(folder / "raw-whole", header + bytes);
-    writeFile(folder / "summary", std::string{3, 1} + bytes);
+    writeFile(folder / "totals", std::string{4, 1} + bytes);
+    writeFile(folder / "to-json", std::string{8, 1} + bytes);
+    writeFile(folder / "base64", header + "AAAD6QAAAAcDAQK4AAAAAA==\n");
+    writeFile(folder / "json",
+              std::string{12, 1} +
+                  R"({"stHead":{"dwUserID":1001,"dwRoomID":7,"bVersion":3,"wAsyncID":258,"bCmdId":184},)" +
+                  R"("stBody":{"stCSRelayMsgHeartBeatReq":{"dwUnused":0}}})");
     writeFile(folder / "plain", header + hexText(part, "", "", ""));
     writeFile(folder / "xxd", header + hexText(part, "%08x:", " ", ""));
     writeFile(folder / "hexdump", header + hexText(part, "%08x", "  ", " "));
