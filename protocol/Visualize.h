@@ -1,13 +1,14 @@
 /// @file
 /// Private: the engine that renders records as text, unrolled from the tables at compile time.
 ///
-/// As in Codec.h there is a straight way, taken only where the longest text possible fits, and a plain way
+/// As for `pack` there is a straight way, taken only where the longest text possible fits, and a plain way
 /// with the same result for every room. Both put the lines together by the line writer of BixLine.h.
 #ifndef KORVAN_PROTOCOL_VISUALIZE_H
 #define KORVAN_PROTOCOL_VISUALIZE_H
 
 #include "Common/Source/Core/BIX/BixLine.h"
 #include "protocol/Codec.h"
+#include "protocol/Scalar.h"
 
 #include <climits>
 #include <cstdint>
@@ -15,7 +16,40 @@
 
 namespace cs_relay_msg::codec {
 
+using Korvan::BixWriteBuf;
+using schema::Progress;
 using namespace Korvan::detail;
+
+/// A buffer's fields, held in registers. Only the plain way makes a buffer of them.
+struct Out {
+    char* begin;
+    size_t position;
+    size_t length;
+    size_t end; ///< `length`, or `position` if that is corrupted: there is no room then, and all goes the
+                ///< plain way
+
+    KORVAN_ALWAYS_INLINE Out(char* buf, size_t used, size_t size)
+        : begin(buf), position(used), length(size), end(used + room(used, size)) {}
+
+    KORVAN_ALWAYS_INLINE bool has(uint64_t count) const { return KORVAN_LIKELY(end - position >= count); }
+    KORVAN_ALWAYS_INLINE char* at() const { return begin + position; }
+
+    /// Goes on from where an operation on these fields got.
+    KORVAN_ALWAYS_INLINE int32_t follow(Progress progress) {
+        position = progress.position;
+        return progress.result;
+    }
+
+    /// Does @p operation on a buffer, which may assert.
+    template <class Operation>
+    KORVAN_ALWAYS_INLINE int32_t plainly(Operation operation) {
+        BixWriteBuf buffer(begin, length);
+        buffer.position = position;
+        const int32_t result = operation(buffer);
+        position = buffer.position;
+        return result;
+    }
+};
 
 /// The indentation of what a record at @p indent contains.
 KORVAN_ALWAYS_INLINE int deeper(int indent) {
@@ -69,16 +103,27 @@ KORVAN_ALWAYS_INLINE void putScalar(Straight& text, const char* record, const Li
     text.put(line.sep);
 }
 
-template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE int32_t scalarLine(BixWriteBuf& buffer, const char* record, const Line& line) {
-    const auto value = load<R, I>(record);
-    if constexpr (sizeof(value) == 1) {
-        return byteLine(buffer, line, value);
-    } else if constexpr (R.fields[I].isSigned) {
-        return signedLine(buffer, line, static_cast<int32_t>(value));
-    } else {
-        return unsignedLine(buffer, line, value);
-    }
+inline int32_t scalarLine(BixWriteBuf& buffer, const Field& field, const char* record, const Line& line) {
+    const uint64_t bits = scalar::load(field, record);
+    return field.width == 1 ? byteLine(buffer, line, static_cast<uint8_t>(bits))
+           : field.isSigned ? signedLine(buffer, line, static_cast<int32_t>(bits))
+                            : unsignedLine(buffer, line, bits);
+}
+
+/// Renders the integers from field @p first to before field @p end, the plain way.
+inline KORVAN_COLD Progress scalarLines(const Type& type, size_t first, size_t end, const char* record,
+                                        Out out, int indent, char sep) {
+    const int32_t result = out.plainly([&](BixWriteBuf& buffer) {
+        for (size_t i = first; i < end; ++i) {
+            const Field& field = type.fields[i];
+            const Line line{indent, sep, field.label, field.labelLength};
+            if (const int32_t failed = scalarLine(buffer, field, record, line)) {
+                return failed;
+            }
+        }
+        return Korvan::BIX_OK;
+    });
+    return {out.position, result};
 }
 
 template <const Type& R, size_t First, size_t... I>
@@ -89,13 +134,7 @@ KORVAN_ALWAYS_INLINE int32_t visualizeRun(const char* record, Out& out, int inde
         (putScalar<R, First + I>(text, record, lineOf<R, First + I>(indent, sep)), ...);
         return endText(out, text);
     }
-    return out.plainly([=](BixWriteBuf& buffer) {
-        int32_t result = Korvan::BIX_OK;
-        (void)(((result = scalarLine<R, First + I>(buffer, record, lineOf<R, First + I>(indent, sep))) ==
-                Korvan::BIX_OK) &&
-               ...);
-        return result;
-    });
+    return out.follow(scalarLines(R, First, First + sizeof...(I), record, out, indent, sep));
 }
 
 template <const Type& R, size_t I>

@@ -2,7 +2,9 @@
 
 #include "protocol/Codec.h"
 #include "protocol/Envelope.h"
+#include "protocol/Plain.h"
 #include "protocol/Schema.h"
+#include "protocol/Straight.h"
 #include "protocol/Table.h"
 #include "protocol/Visualize.h"
 
@@ -305,7 +307,6 @@ static_assert(CSRelayMsgBody::maxWireSize == CSRelayMsg::maxWireSize - CSRelayMs
 
 namespace cs_relay_msg {
 
-using codec::In;
 using codec::Out;
 using Korvan::BixReadBuf;
 using Korvan::BixWriteBuf;
@@ -314,22 +315,20 @@ using schema::Progress;
 
 namespace {
 
-KORVAN_ALWAYS_INLINE int32_t packMember(long long selector, const void* storage, Out& out, uint32_t cutVer) {
+int32_t packMember(long long selector, const void* storage, BixWriteBuf& buffer, uint32_t cutVer) {
     const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const schema::Type& type = *table::find(selector).type;
-    return out.follow(type.packAt(storage, out.begin, out.position, out.length, version));
+    return table::find(selector).type->pack(storage, buffer, version);
 }
 
-KORVAN_ALWAYS_INLINE int32_t unpackMember(long long selector, void* storage, In& in, uint32_t cutVer) {
+int32_t unpackMember(long long selector, void* storage, BixReadBuf& buffer, uint32_t cutVer) {
     const uint32_t version = schema::effectiveVersion(cutVer, table::BODY_VERSION);
     if (version < schema::BASE_VERSION) {
         return BIX_ERR_VERSION_TOO_OLD;
     }
-    const schema::Type& type = *table::find(selector).type;
-    return in.follow(type.unpackAt(storage, in.begin, in.position, in.length, version));
+    return table::find(selector).type->unpack(storage, buffer, version);
 }
 
 int32_t visualizeMember(long long selector, const void* storage, Out& out, int indent, char sep) {
@@ -357,20 +356,53 @@ int32_t Operations<T>::construct(void* record) {
     return BIX_OK;
 }
 
+/// The plain way over a buffer's fields.
+KORVAN_COLD Progress packPlainly(const Type& type, const void* record, char* begin, size_t position,
+                                 size_t length, uint32_t version) {
+    BixWriteBuf buffer(begin, length);
+    buffer.position = position;
+    const int32_t result = plain::pack(type, static_cast<const char*>(record), buffer, version);
+    return {buffer.position, result};
+}
+
+KORVAN_COLD Progress unpackPlainly(const Type& type, void* record, const char* begin, size_t position,
+                                   size_t length, uint32_t version) {
+    BixReadBuf buffer(begin, length);
+    buffer.position = position;
+    const int32_t result = plain::unpack(type, static_cast<char*>(record), buffer, version);
+    return {buffer.position, result};
+}
+
 template <class T>
 Progress Operations<T>::pack(const void* record, char* begin, size_t position, size_t length,
                              uint32_t cutVer) {
-    Out out(begin, position, length);
-    const int32_t result = codec::pack<typeOf<T>>(record, out, cutVer);
-    return {out.position, result};
+    const uint32_t version = typeOf<T>.effectiveVersion(cutVer);
+    if (version < schema::BASE_VERSION) {
+        return {position, BIX_ERR_VERSION_TOO_OLD};
+    }
+    if (KORVAN_LIKELY(position <= length)) {
+        straight::Out out{begin + position, length - position};
+        if (straight::pack<typeOf<T>>(static_cast<const char*>(record), out, version)) {
+            return {length - out.size, BIX_OK};
+        }
+    }
+    return packPlainly(typeOf<T>, record, begin, position, length, version);
 }
 
 template <class T>
 Progress Operations<T>::unpack(void* record, const char* begin, size_t position, size_t length,
                                uint32_t cutVer) {
-    In in(begin, position, length);
-    const int32_t result = codec::unpack<typeOf<T>>(record, in, cutVer);
-    return {in.position, result};
+    const uint32_t version = typeOf<T>.effectiveVersion(cutVer);
+    if (version < schema::BASE_VERSION) {
+        return {position, BIX_ERR_VERSION_TOO_OLD};
+    }
+    if (KORVAN_LIKELY(position <= length)) {
+        straight::In in{begin + position, length - position};
+        if (straight::unpack<typeOf<T>>(static_cast<char*>(record), in, version)) {
+            return {length - in.size, BIX_OK};
+        }
+    }
+    return unpackPlainly(typeOf<T>, record, begin, position, length, version);
 }
 
 template <class T>
@@ -393,53 +425,134 @@ using schema::VERSION_BYTE;
 
 constexpr uint32_t VERSION_BYTE_SINCE = 1;
 
-KORVAN_ALWAYS_INLINE int32_t packMessage(const CSRelayMsgHead& head, const void* body, Out& out,
-                                         uint32_t cutVer) {
+constexpr uint32_t MESSAGE_VERSION = typeOf<CSRelayMsg>.currentVersion;
+
+/// Whether a message can have @p version, and carry it.
+constexpr int32_t checkVersion(uint32_t version, int32_t otherwise) {
+    if (version < schema::BASE_VERSION || version > MESSAGE_VERSION) {
+        return otherwise;
+    }
+    return version < VERSION_BYTE_SINCE ? BIX_ERR_VERSION_FIELD_CUT : BIX_OK;
+}
+
+int32_t packMessage(const CSRelayMsgHead& head, const void* body, BixWriteBuf& buffer, uint32_t cutVer) {
     const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
-    if (version < schema::BASE_VERSION) {
-        return BIX_ERR_VERSION_TOO_OLD;
-    }
-    if (version < VERSION_BYTE_SINCE) {
-        return BIX_ERR_VERSION_FIELD_CUT;
-    }
-    const size_t start = out.position;
-    if (const int32_t result = codec::pack<typeOf<CSRelayMsgHead>>(&head, out, version)) {
+    if (const int32_t result = checkVersion(version, BIX_ERR_VERSION_TOO_OLD)) {
         return result;
     }
-    if (const int32_t result = packMember(head.bCmdId, body, out, version)) {
+    const size_t start = buffer.position;
+    if (const int32_t result = typeOf<CSRelayMsgHead>.pack(&head, buffer, version)) {
         return result;
     }
-    out.begin[start + VERSION_BYTE] = static_cast<char>(version); // the head is there, so it fits
+    if (const int32_t result = packMember(head.bCmdId, body, buffer, version)) {
+        return result;
+    }
+    buffer.beginPtr[start + VERSION_BYTE] = static_cast<char>(version); // the head is there, so it fits
     return BIX_OK;
 }
 
 /// Looks at the version, then unpacks the head at it.
-KORVAN_ALWAYS_INLINE int32_t unpackMessageHead(CSRelayMsgHead& head, In& in, uint8_t& version) {
-    if (in.has(VERSION_BYTE + 1)) {
-        version = static_cast<uint8_t>(in.at()[VERSION_BYTE]);
-    } else {
-        return in.plainly([](BixReadBuf& buffer) {
-            uint8_t missing = 0;
-            // It may assert. Its result does not count: a corrupted cursor can come round to a byte there is.
-            (void)buffer.readUInt8(missing, buffer.getUsedSize() + VERSION_BYTE);
-            return BIX_ERR_READ_UNDERFLOW;
-        });
+int32_t unpackMessageHead(CSRelayMsgHead& head, BixReadBuf& buffer, uint8_t& version) {
+    const size_t start = buffer.getUsedSize();
+    // A corrupted cursor can come round to a byte there is.
+    if (buffer.readUInt8(version, start + VERSION_BYTE) != BIX_OK || start + VERSION_BYTE < start) {
+        return BIX_ERR_READ_UNDERFLOW;
     }
-    if (version < schema::BASE_VERSION || version > typeOf<CSRelayMsg>.currentVersion) {
-        return BIX_ERR_VERSION_OUT_OF_RANGE;
-    }
-    if (version < VERSION_BYTE_SINCE) {
-        return BIX_ERR_VERSION_FIELD_CUT;
-    }
-    return codec::unpack<typeOf<CSRelayMsgHead>>(&head, in, version);
-}
-
-KORVAN_ALWAYS_INLINE int32_t unpackMessage(CSRelayMsgHead& head, void* body, In& in) {
-    uint8_t version = 0;
-    if (const int32_t result = unpackMessageHead(head, in, version)) {
+    if (const int32_t result = checkVersion(version, BIX_ERR_VERSION_OUT_OF_RANGE)) {
         return result;
     }
-    return unpackMember(head.bCmdId, body, in, version);
+    return typeOf<CSRelayMsgHead>.unpack(&head, buffer, version);
+}
+
+int32_t unpackMessage(CSRelayMsgHead& head, void* body, BixReadBuf& buffer) {
+    uint8_t version = 0;
+    if (const int32_t result = unpackMessageHead(head, buffer, version)) {
+        return result;
+    }
+    return unpackMember(head.bCmdId, body, buffer, version);
+}
+
+/// Reports how far an operation on plain memory got.
+KORVAN_ALWAYS_INLINE int32_t report(size_t* usedSize, Progress progress) {
+    if (usedSize != nullptr) {
+        *usedSize = progress.position;
+    }
+    return progress.result;
+}
+
+KORVAN_COLD int32_t packStepwise(const CSRelayMsg& message, char* memory, size_t size, size_t* usedSize,
+                                 uint32_t cutVer) {
+    BixWriteBuf buffer(memory, size);
+    const int32_t result = packMessage(message.stHead, &message.stBody, buffer, cutVer);
+    return report(usedSize, {buffer.getUsedSize(), result});
+}
+
+KORVAN_COLD int32_t unpackStepwise(CSRelayMsg& message, const char* memory, size_t size, size_t* usedSize) {
+    BixReadBuf buffer(memory, size);
+    const int32_t result = unpackMessage(message.stHead, &message.stBody, buffer);
+    return report(usedSize, {buffer.getUsedSize(), result});
+}
+
+/// Head, a member of type @p M and version in one go, or else step by step from the start.
+template <const schema::Type& M>
+int32_t packWhole(const CSRelayMsg& message, char* memory, size_t size, size_t* usedSize, uint32_t cutVer) {
+    const uint32_t version = typeOf<CSRelayMsg>.effectiveVersion(cutVer);
+    straight::Out out{memory, size};
+    if (checkVersion(version, BIX_ERR_VERSION_TOO_OLD) == BIX_OK &&
+        straight::pack<typeOf<CSRelayMsgHead>>(reinterpret_cast<const char*>(&message.stHead), out,
+                                               version) &&
+        straight::pack<M>(reinterpret_cast<const char*>(&message.stBody), out, version)) {
+        memory[VERSION_BYTE] = static_cast<char>(version);
+        return report(usedSize, {size - out.size, BIX_OK});
+    }
+    return packStepwise(message, memory, size, usedSize, cutVer);
+}
+
+template <const schema::Type& M>
+int32_t unpackWhole(CSRelayMsg& message, const char* memory, size_t size, size_t* usedSize) {
+    const uint8_t version = static_cast<uint8_t>(memory[VERSION_BYTE]);
+    straight::In in{memory, size};
+    if (checkVersion(version, BIX_ERR_VERSION_OUT_OF_RANGE) == BIX_OK &&
+        straight::unpack<typeOf<CSRelayMsgHead>>(reinterpret_cast<char*>(&message.stHead), in, version) &&
+        straight::unpack<M>(reinterpret_cast<char*>(&message.stBody), in, version)) {
+        return report(usedSize, {size - in.size, BIX_OK});
+    }
+    return unpackStepwise(message, memory, size, usedSize);
+}
+
+/// The two for one type of member. They are jumped to with the arguments of `pack` and `unpack` as they
+/// stand.
+struct Whole {
+    int32_t (*pack)(const CSRelayMsg&, char*, size_t, size_t*, uint32_t);
+    int32_t (*unpack)(CSRelayMsg&, const char*, size_t, size_t*);
+};
+
+template <const schema::Type& M>
+constexpr Whole WHOLE = {&packWhole<M>, &unpackWhole<M>};
+
+template <size_t... I>
+constexpr std::array<Whole, 256> makeWholeById(std::index_sequence<I...>) {
+    std::array<Whole, 256> byId{};
+    for (Whole& whole : byId) {
+        whole = WHOLE<typeOf<table::Nothing>>;
+    }
+    ((byId[table::MEMBERS[I].id] = WHOLE<*table::MEMBERS[I].type>), ...);
+    return byId;
+}
+constexpr std::array<Whole, 256> WHOLE_BY_ID = makeWholeById(std::make_index_sequence<table::MEMBERS.size>());
+
+KORVAN_ALWAYS_INLINE int32_t packAny(const CSRelayMsg& message, char* memory, size_t size, size_t* usedSize,
+                                     uint32_t cutVer) {
+    return WHOLE_BY_ID[message.stHead.bCmdId].pack(message, memory, size, usedSize, cutVer);
+}
+
+KORVAN_ALWAYS_INLINE int32_t unpackAny(CSRelayMsg& message, const char* memory, size_t size,
+                                       size_t* usedSize) {
+    if (!KORVAN_LIKELY(size > schema::COMMAND_BYTE)) {
+        return unpackStepwise(message, memory, size, usedSize);
+    }
+    const auto command = static_cast<uint8_t>(memory[schema::COMMAND_BYTE]);
+    return WHOLE_BY_ID[command].unpack(message, memory, size, usedSize);
 }
 
 int32_t visualizeMessage(const CSRelayMsg& message, Out& out, int indent, char sep) {
@@ -470,19 +583,31 @@ int32_t Operations<CSRelayMsg>::construct(void* record) {
 
 Progress Operations<CSRelayMsg>::pack(const void* record, char* begin, size_t position, size_t length,
                                       uint32_t cutVer) {
-    Out out(begin, position, length);
     const CSRelayMsg& message = *static_cast<const CSRelayMsg*>(record);
-    const int32_t result = packMessage(message.stHead, &message.stBody, out, cutVer);
-    return {out.position, result};
+    if (KORVAN_LIKELY(position <= length)) {
+        size_t used = 0;
+        const int32_t result = packAny(message, begin + position, length - position, &used, cutVer);
+        return {position + used, result};
+    }
+    BixWriteBuf buffer(begin, length);
+    buffer.position = position;
+    const int32_t result = packMessage(message.stHead, &message.stBody, buffer, cutVer);
+    return {buffer.position, result};
 }
 
 /// The version given does not count: the sender's does.
 Progress Operations<CSRelayMsg>::unpack(void* record, const char* begin, size_t position, size_t length,
                                         uint32_t /*cutVer*/) {
-    In in(begin, position, length);
     CSRelayMsg& message = *static_cast<CSRelayMsg*>(record);
-    const int32_t result = unpackMessage(message.stHead, &message.stBody, in);
-    return {in.position, result};
+    if (KORVAN_LIKELY(position <= length)) {
+        size_t used = 0;
+        const int32_t result = unpackAny(message, begin + position, length - position, &used);
+        return {position + used, result};
+    }
+    BixReadBuf buffer(begin, length);
+    buffer.position = position;
+    const int32_t result = unpackMessage(message.stHead, &message.stBody, buffer);
+    return {buffer.position, result};
 }
 
 Progress Operations<CSRelayMsg>::visualize(const void* record, char* begin, size_t position, size_t length,
@@ -502,14 +627,6 @@ namespace {
 template <class Buffer>
 KORVAN_ALWAYS_INLINE int32_t note(Buffer& buffer, Progress progress) {
     buffer.position = progress.position;
-    return progress.result;
-}
-
-/// Reports how far an operation on plain memory got.
-KORVAN_ALWAYS_INLINE int32_t report(size_t* usedSize, Progress progress) {
-    if (usedSize != nullptr) {
-        *usedSize = progress.position;
-    }
     return progress.result;
 }
 
@@ -551,6 +668,24 @@ int32_t Record<T>::unpack(const char* memory, size_t size, size_t* usedSize, uin
 template <class T>
 int32_t Record<T>::unpack(BixReadBuf& buffer, uint32_t cutVer) noexcept {
     return typeOf<T>.unpack(static_cast<T*>(this), buffer, cutVer);
+}
+
+template <>
+int32_t Record<CSRelayMsg>::pack(char* memory, size_t size, size_t* usedSize,
+                                 uint32_t cutVer) const noexcept {
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    return packAny(*static_cast<const CSRelayMsg*>(this), memory, size, usedSize, cutVer);
+}
+
+template <>
+int32_t Record<CSRelayMsg>::unpack(const char* memory, size_t size, size_t* usedSize,
+                                   uint32_t /*cutVer*/) noexcept {
+    if (memory == nullptr) {
+        return BIX_ERR_NULL_ARGUMENT;
+    }
+    return unpackAny(*static_cast<CSRelayMsg*>(this), memory, size, usedSize);
 }
 
 template <class T>
@@ -644,15 +779,13 @@ int32_t CSRelayMsgBody::pack(long long selector, char* memory, size_t size, size
     if (memory == nullptr) {
         return BIX_ERR_NULL_ARGUMENT;
     }
-    Out out(memory, 0, size);
-    const int32_t result = packMember(selector, this, out, cutVer);
-    return report(usedSize, {out.position, result});
+    BixWriteBuf buffer(memory, size);
+    const int32_t result = packMember(selector, this, buffer, cutVer);
+    return report(usedSize, {buffer.getUsedSize(), result});
 }
 
 int32_t CSRelayMsgBody::pack(long long selector, BixWriteBuf& buffer, uint32_t cutVer) const noexcept {
-    Out out(buffer.beginPtr, buffer.position, buffer.length);
-    const int32_t result = packMember(selector, this, out, cutVer);
-    return note(buffer, {out.position, result});
+    return packMember(selector, this, buffer, cutVer);
 }
 
 int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t size, size_t* usedSize,
@@ -660,15 +793,13 @@ int32_t CSRelayMsgBody::unpack(long long selector, const char* memory, size_t si
     if (memory == nullptr) {
         return BIX_ERR_NULL_ARGUMENT;
     }
-    In in(memory, 0, size);
-    const int32_t result = unpackMember(selector, this, in, cutVer);
-    return report(usedSize, {in.position, result});
+    BixReadBuf buffer(memory, size);
+    const int32_t result = unpackMember(selector, this, buffer, cutVer);
+    return report(usedSize, {buffer.getUsedSize(), result});
 }
 
 int32_t CSRelayMsgBody::unpack(long long selector, BixReadBuf& buffer, uint32_t cutVer) noexcept {
-    In in(buffer.beginPtr, buffer.position, buffer.length);
-    const int32_t result = unpackMember(selector, this, in, cutVer);
-    return note(buffer, {in.position, result});
+    return unpackMember(selector, this, buffer, cutVer);
 }
 
 int32_t CSRelayMsgBody::visualize(long long selector, char* memory, size_t size, size_t* usedSize, int indent,
@@ -692,21 +823,17 @@ int32_t CSRelayMsgBody::visualize(long long selector, BixWriteBuf& buffer, int i
 
 int32_t envelope::pack(const CSRelayMsgHead& head, const void* member, BixWriteBuf& buffer,
                        uint32_t cutVer) noexcept {
-    Out out(buffer.beginPtr, buffer.position, buffer.length);
-    const int32_t result = packMessage(head, member, out, cutVer);
-    return note(buffer, {out.position, result});
+    return packMessage(head, member, buffer, cutVer);
 }
 
 int32_t envelope::unpackHead(CSRelayMsgHead& head, const BixReadBuf& buffer) noexcept {
-    In in(buffer.beginPtr, buffer.position, buffer.length);
+    BixReadBuf ahead = buffer;
     uint8_t version = 0;
-    return unpackMessageHead(head, in, version);
+    return unpackMessageHead(head, ahead, version);
 }
 
 int32_t envelope::unpack(CSRelayMsgHead& head, void* member, BixReadBuf& buffer) noexcept {
-    In in(buffer.beginPtr, buffer.position, buffer.length);
-    const int32_t result = unpackMessage(head, member, in);
-    return note(buffer, {in.position, result});
+    return unpackMessage(head, member, buffer);
 }
 
 // ---- The tables at run time ----

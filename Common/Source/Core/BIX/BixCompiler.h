@@ -9,6 +9,7 @@
 
 #define KORVAN_ALWAYS_INLINE __forceinline
 #define KORVAN_NOINLINE __declspec(noinline)
+#define KORVAN_COLD __declspec(noinline)
 #define KORVAN_LIKELY(condition) (condition)
 #define KORVAN_PACKED
 #define KORVAN_PACK_BEGIN __pragma(pack(push, 1))
@@ -20,6 +21,8 @@
 
 #define KORVAN_ALWAYS_INLINE inline __attribute__((always_inline))
 #define KORVAN_NOINLINE __attribute__((noinline))
+/// On a function that is seldom needed: it is made small rather than quick.
+#define KORVAN_COLD __attribute__((noinline, cold))
 #define KORVAN_LIKELY(condition) (__builtin_expect(static_cast<bool>(condition), true))
 /// On the type itself, not as a pragma: g++ then refuses a reference to a misaligned field.
 #define KORVAN_PACKED __attribute__((packed))
