@@ -130,10 +130,31 @@ KORVAN_ALWAYS_INLINE void copyByTwo(char* to, const char* from, size_t count) {
     std::memcpy(to + count - sizeof(Block), &last, sizeof(Block));
 }
 
+/// The same for twice as many bytes, by four moves. All are read before the first is written.
+KORVAN_ALWAYS_INLINE void copyByFour(char* to, const char* from, size_t count) {
+    constexpr size_t size = sizeof(KORVAN_BLOCK16);
+    const char* const fromEnd = from + count;
+    char* const toEnd = to + count;
+    KORVAN_BLOCK16 a;
+    KORVAN_BLOCK16 b;
+    KORVAN_BLOCK16 c;
+    KORVAN_BLOCK16 d;
+    std::memcpy(&a, from, size);
+    std::memcpy(&b, from + size, size);
+    std::memcpy(&c, fromEnd - 2 * size, size);
+    std::memcpy(&d, fromEnd - size, size);
+    std::memcpy(to, &a, size);
+    std::memcpy(to + size, &b, size);
+    std::memcpy(toEnd - 2 * size, &c, size);
+    std::memcpy(toEnd - size, &d, size);
+}
+
 /// Copies @p count bytes, and no byte more; the two places may overlap.
 KORVAN_ALWAYS_INLINE void copyBytes(char* to, const char* from, size_t count) {
-    if (count > 32) {
+    if (!KORVAN_LIKELY(count <= 64)) {
         std::memmove(to, from, count);
+    } else if (count > 32) {
+        copyByFour(to, from, count);
     } else if (count >= 16) {
         copyByTwo<KORVAN_BLOCK16>(to, from, count);
     } else if (count >= 8) {
