@@ -68,16 +68,19 @@ KORVAN_ALWAYS_INLINE size_t loadCount(const char* record) {
 
 // ---- What is known at compile time ----
 
-/// The end of the run that begins at @p first: integers of one version, or the field at @p first alone.
-constexpr size_t runEnd(const Type& type, size_t first) {
+/// The end of the fields of one kind and version that begin at @p first.
+constexpr size_t kindEnd(const Type& type, size_t first) {
     size_t end = first + 1;
-    if (type.fields[first].kind == Kind::Scalar) {
-        while (end < type.fieldCount && type.fields[end].kind == Kind::Scalar &&
-               type.fields[end].since == type.fields[first].since) {
-            ++end;
-        }
+    while (end < type.fieldCount && type.fields[end].kind == type.fields[first].kind &&
+           type.fields[end].since == type.fields[first].since) {
+        ++end;
     }
     return end;
+}
+
+/// The end of the run that begins at @p first: integers of one version, or the field at @p first alone.
+constexpr size_t runEnd(const Type& type, size_t first) {
+    return type.fields[first].kind == Kind::Scalar ? kindEnd(type, first) : first + 1;
 }
 
 // ---- Construct ----
@@ -168,13 +171,12 @@ KORVAN_ALWAYS_INLINE void copyBytes(char* to, const char* from, size_t count) {
     }
 }
 
-/// The bytes of a text and its NUL. The last character of the array becomes NUL, but is stored to only where
-/// it is not, so that a record in read-only memory or shared by threads is left alone.
-KORVAN_ALWAYS_INLINE size_t terminatedSize(const char* text, size_t capacity) {
+/// The last character of the array becomes NUL, but is stored to only where it is not, so that a record in
+/// read-only memory or shared by threads is left alone.
+KORVAN_ALWAYS_INLINE void terminate(const char* text, size_t capacity) {
     if (text[capacity - 1] != '\0') {
         const_cast<char*>(text)[capacity - 1] = '\0';
     }
-    return std::strlen(text) + 1;
 }
 
 } // namespace cs_relay_msg::codec

@@ -44,7 +44,8 @@ int32_t packString(const char* text, size_t capacity, BixWriteBuf& buffer) {
     if (const int32_t result = buffer.reserve(sizeof(uint32_t))) {
         return result;
     }
-    const size_t count = codec::terminatedSize(text, capacity);
+    codec::terminate(text, capacity);
+    const size_t count = std::strlen(text) + 1;
     if (const int32_t result = buffer.writeBytes(text, count)) {
         return result;
     }

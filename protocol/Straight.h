@@ -107,7 +107,28 @@ constexpr size_t after() {
     }
 }
 
+/// The same where texts are packed, which go together if they stand together.
+template <const Type& R, size_t I>
+constexpr size_t afterPacked() {
+    if constexpr (R.fields[I].kind == Kind::String) {
+        return codec::kindEnd(R, I);
+    } else {
+        return after<R, I>();
+    }
+}
+
 // ---- Pack ----
+
+/// What `textSize` is where the array does not end in NUL: seldom, and so out of the way.
+inline KORVAN_COLD size_t cutSize(const char* text, size_t capacity) {
+    const void* const nul = std::memchr(text, '\0', capacity - 1);
+    return nul != nullptr ? static_cast<size_t>(static_cast<const char*>(nul) - text) + 1 : capacity;
+}
+
+/// The bytes of a text and its NUL, as far as there is room for both in the array.
+KORVAN_ALWAYS_INLINE size_t textSize(const char* text, size_t capacity) {
+    return KORVAN_LIKELY(text[capacity - 1] == '\0') ? std::strlen(text) + 1 : cutSize(text, capacity);
+}
 
 template <const Type& R, size_t First>
 KORVAN_ALWAYS_INLINE bool packStretch(const char* record, Out& out) {
@@ -132,21 +153,20 @@ KORVAN_ALWAYS_INLINE bool packStretch(const char* record, Out& out) {
     return true;
 }
 
-template <const Type& R, size_t I>
-KORVAN_ALWAYS_INLINE bool packString(const char* record, Out& out) {
-    constexpr const Field& field = R.fields[I];
+/// Packs the texts from field @p First on. Their sizes are found before anything is stored: that is quicker
+/// than to look for the end of a text while the one before is being copied.
+template <const Type& R, size_t First, size_t... I>
+KORVAN_ALWAYS_INLINE bool packTexts(const char* record, Out& out, std::index_sequence<I...>) {
     constexpr size_t prefix = sizeof(uint32_t);
-    const char* const text = record + field.offset;
-    if (!out.has(prefix)) {
+    const size_t sizes[] = {textSize(record + R.fields[First + I].offset, R.fields[First + I].bound)...};
+    if (!out.has(((prefix + sizes[I]) + ...))) {
         return false;
     }
-    const size_t count = codec::terminatedSize(text, field.bound);
-    if (!out.has(prefix + count)) {
-        return false;
-    }
-    std::memmove(out.at + prefix, text, count); // before its length, should the record lie in the buffer
-    Korvan::detail::storeBig(out.at, static_cast<uint32_t>(count));
-    out.skip(prefix + count);
+    ((codec::terminate(record + R.fields[First + I].offset, R.fields[First + I].bound),
+      // before its length, should the record lie in the buffer
+      std::memmove(out.at + prefix, record + R.fields[First + I].offset, sizes[I]),
+      Korvan::detail::storeBig(out.at, static_cast<uint32_t>(sizes[I])), out.skip(prefix + sizes[I])),
+     ...);
     return true;
 }
 
@@ -159,7 +179,7 @@ KORVAN_ALWAYS_INLINE bool packField(const char* record, Out& out, uint32_t versi
     if constexpr (field.kind == Kind::Scalar) {
         return packStretch<R, I>(record, out);
     } else if constexpr (field.kind == Kind::String) {
-        return packString<R, I>(record, out);
+        return packTexts<R, I>(record, out, std::make_index_sequence<afterPacked<R, I>() - I>());
     } else if constexpr (field.kind == Kind::Record) {
         return pack<*field.type>(record + field.offset, out, version);
     } else {
@@ -184,7 +204,7 @@ KORVAN_ALWAYS_INLINE bool pack(const char* record, Out& out, uint32_t version) {
     if constexpr (I < R.fieldCount) {
         constexpr bool always = R.fields[I].since <= schema::BASE_VERSION;
         return ((!always && version < R.fields[I].since) || packField<R, I>(record, out, version)) &&
-               pack<R, after<R, I>()>(record, out, version);
+               pack<R, afterPacked<R, I>()>(record, out, version);
     } else {
         return true;
     }

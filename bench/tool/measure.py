@@ -42,7 +42,10 @@ def execute(program, wanted, repetitions):
                         "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=false",
                         f"--benchmark_out={out.name}", "--benchmark_out_format=json"],
                        check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        raw = json.load(open(out.name))
+        found = open(out.name).read()
+    if not found:
+        raise SystemExit(f"scripts/bench: no benchmark is named like {wanted!r}")
+    raw = json.loads(found)
     times = collections.defaultdict(list)
     sizes = {}
     for entry in raw["benchmarks"]:
