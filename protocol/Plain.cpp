@@ -55,7 +55,7 @@ int32_t packString(const char* text, size_t capacity, BixWriteBuf& buffer) {
 int32_t packElements(const Field& field, size_t count, const char* element, BixWriteBuf& buffer,
                      uint32_t version) {
     for (size_t i = 0; i < count; ++i, element += field.width) {
-        if (const int32_t result = pack(*field.type, element, buffer, version)) {
+        if (const int32_t result = field.type->pack(element, buffer, version)) {
             return result;
         }
     }
@@ -133,7 +133,7 @@ int32_t unpackString(char* text, size_t capacity, BixReadBuf& buffer) {
 int32_t unpackElements(const Field& field, size_t count, char* element, BixReadBuf& buffer,
                        uint32_t version) {
     for (size_t i = 0; i < count; ++i, element += field.width) {
-        if (const int32_t result = unpack(*field.type, element, buffer, version)) {
+        if (const int32_t result = field.type->unpack(element, buffer, version)) {
             return result;
         }
     }
