@@ -11,6 +11,7 @@
 /// On every record type: its members are exported, and its fields lie back to back.
 #define KORVAN_RECORD KORVAN_API KORVAN_PACKED
 
+/// The relay protocol: its records, its commands, and what works on them.
 namespace cs_relay_msg {
 
 // The result codes, by their bare names.

@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// The protocol as data.
 namespace cs_relay_msg::schema {
 
 struct Type;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+/// What knows nothing of the protocol: buffers, text lines, result codes.
 namespace Korvan {
 
 /// Success. Every failure is one of the negative codes below; no other value is ever returned.
