@@ -35,6 +35,7 @@ SHORT = {"docs/README.md": "Overview", "docs/wire.md": "Bytes on the wire", "vec
 # Headers that the site documents; a link to one leads to its page.
 HEADERS = {"BixResult.h", "BixBuf.h", "BixBufUtil.h", "Record.h", "Schema.h", "Stream.h", "cs_relay_msg.h"}
 
+IMAGE = re.compile(r"!\[([^\]]*)\]\(([^)\s]+)\)")
 # Code, in which nothing is a link, or a link, in whose words there may be code.
 CODE_OR_LINK = re.compile(r"`[^`]*`|(?<!!)\[((?:[^\[\]]|\[[^\]]*\])*)\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^(#{1,6}) +(.*?) *$")
@@ -55,6 +56,10 @@ def name_of(page):
     return stem.lower()
 
 
+def source_name(path):
+    return "source-" + re.sub(r"\W", "-", path.removeprefix("examples/"))
+
+
 def fail(text):
     sys.exit(f"site: {text}")
 
@@ -67,6 +72,9 @@ class Page:
         self.title = self.lines[0].removeprefix("# ")
         if not self.lines[0].startswith("# "):
             fail(f"{path} does not begin with its title")
+        tests = ROOT / "tests/guides"
+        if "```cpp" in self.lines and not (tests / f"{self.name}.cpp").exists() and not (tests / f"{self.name}_test.cpp").exists():
+            fail(f"{path} shows C++ that no test in tests/guides compiles")
         self.anchors = set()
         for line, in_code in self.walk():
             heading = HEADING.match(line)
@@ -89,8 +97,16 @@ class Page:
             else:
                 yield line, False
 
-    def retold(self, pages):
-        """The page in Doxygen's words."""
+    def image_folders(self):
+        for line, in_code in self.walk():
+            for _, target in [] if in_code else IMAGE.findall(line):
+                file = (ROOT / self.path).parent / target
+                if not file.is_file():
+                    fail(f"{self.path}: there is no {target}")
+                yield f'"{file.resolve().parent}"'
+
+    def retold(self, pages, sources):
+        """The page in Doxygen's words. Adds to sources the examples that it links to."""
         title_seen = False
         for line, in_code in self.walk():
             if in_code:
@@ -106,23 +122,27 @@ class Page:
                 yield f"{heading[1]} {heading[2]} {{#{self.name}-{slug(heading[2])}}}"
                 continue
             line = re.sub(r'<a id="(\w+)"></a>', rf"@anchor {self.name}-\1 ", line)
-            yield CODE_OR_LINK.sub(lambda found: self.link(pages, found[1], found[2]) if found[2] else found[0], line)
+            line = IMAGE.sub(lambda image: f"![{image[1]}]({os.path.basename(image[2])})", line)
+            yield CODE_OR_LINK.sub(lambda found: self.link(pages, sources, found[1], found[2]) if found[2] else found[0], line)
 
-    def link(self, pages, text, target):
+    def link(self, pages, sources, text, target):
         if re.match(r"\w+:", target):
             return f"[{text}]({target})"
         path, _, anchor = target.partition("#")
+        words = re.sub(r"`([^`]*)`", lambda code: f"<code>{html.escape(code[1])}</code>", text)
         full = os.path.normpath(os.path.join(os.path.dirname(self.path), path)) if path else self.path
         if full in pages:
             page = pages[full]
             if anchor and anchor not in page.anchors:
                 fail(f"{self.path}: {target} leads to no heading")
-            words = re.sub(r"`([^`]*)`", lambda code: f"<code>{html.escape(code[1])}</code>", text)
             return f'<a href="{page.name}.html{f"#{page.name}-{anchor}" if anchor else ""}">{words}</a>'
         if not (ROOT / full).exists():
             fail(f"{self.path}: there is no {full}")
         if os.path.basename(full) in HEADERS:
             return f"[{text}](@ref {full})"
+        if full.startswith("examples/") and full.endswith(".cpp"):
+            sources.add(full)
+            return f'<a href="{source_name(full)}.html">{words}</a>'
         return text  # a place in the repository, which the site does not hold
 
 
@@ -152,6 +172,10 @@ def finish(out):
         page = file.read_text(encoding="utf-8")
         page = re.sub(r' onclick="[^"]*"', "", page)
         page = re.sub(r'<img src="closed.png"[^>]*>(&#160;)?', "", page)
+        page = re.sub(r'<div class="ttc".*?</div></div>\n?', "", page)
+        page = re.sub(r' *<a href="[^"]*">More\.\.\.</a>', "", page) # the name above leads there, too
+        page = re.sub(r'<object type="image/svg\+xml" data="([^"]*)"[^>]*></object>\s*<div class="caption">\s*(.*?)</div>',
+                      r'<img src="\1" alt="\2">', page)
         page = re.sub(r'(<table class="(?:markdownTable|fieldtable|doxtable)">.*?</table>)', r'<div class="scroll">\1</div>', page, flags=re.DOTALL)
         file.write_text(page, encoding="utf-8")
 
@@ -168,13 +192,19 @@ def main():
         if path.relative_to(ROOT).as_posix() not in listed:
             fail(f"{path.relative_to(ROOT)} has no place in the menu")
     pages = {path: Page(path) for path in listed if (ROOT / path).exists()}
+    sources = set()
     for page in pages.values():
-        (work / "pages" / f"{page.name}.md").write_text("\n".join(page.retold(pages)), encoding="utf-8")
+        (work / "pages" / f"{page.name}.md").write_text("\n".join(page.retold(pages, sources)), encoding="utf-8")
+    for path in sources:
+        name, code = source_name(path), (ROOT / path).read_text(encoding="utf-8")
+        (work / "pages" / f"{name}.md").write_text(f"# {path} {{#{name}}}\n\n```cpp\n{code}```\n", encoding="utf-8")
 
     header = work / "header.html"
     header.write_text((HERE / "header.html").read_text().replace("@nav@", menu_html(pages)), encoding="utf-8")
     settings = (HERE / "Doxyfile").read_text()
-    for word, value in {"out": out, "root": ROOT, "pages": work / "pages", "header": header}.items():
+    images = sorted({folder for page in pages.values() for folder in page.image_folders()})
+    for word, value in {"out": out, "root": ROOT, "pages": work / "pages", "header": header,
+                        "images": " ".join(images)}.items():
         settings = settings.replace(f"@{word}@", str(value))
     (work / "Doxyfile").write_text(settings)
     result = subprocess.run(["doxygen", str(work / "Doxyfile")], cwd=work).returncode
