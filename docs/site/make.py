@@ -18,7 +18,8 @@ ROOT = HERE.parent.parent
 
 # The menu. A page of other makers (performance: scripts/bench --report) is left out while it is not there.
 MENU = [
-    ("Start", ["docs/README.md", "docs/guides/first-message.md", "docs/install.md", "docs/guides/examples.md"]),
+    ("Start", ["docs/README.md", "docs/guides/first-message.md", "docs/install.md", "docs/guides/examples.md",
+               "examples/lockstep/README.md"]),
     ("Guides", ["docs/guides/versions.md", "docs/guides/receiving.md", "docs/guides/memory.md",
                 "docs/guides/errors.md", "docs/guides/logging.md", "CONTRIBUTING.md"]),
     ("Protocol", ["docs/reference/messages.md", "docs/wire.md", "vectors/README.md", "docs/wireshark.md"]),
@@ -32,8 +33,10 @@ MENU = [
 SHORT = {"docs/README.md": "Overview", "docs/wire.md": "Bytes on the wire", "vectors/README.md": "Test vectors",
          "CONTRIBUTING.md": "Add a field or a command", "docs/security.md": "Security"}
 
-# Headers that the site documents; a link to one leads to its page.
-HEADERS = {"BixResult.h", "BixBuf.h", "BixBufUtil.h", "Record.h", "Schema.h", "Stream.h", "cs_relay_msg.h"}
+# What no user includes, or only for words of the compiler. Every other header is documented, down to each member.
+PRIVATE = {"BixCompiler.h", "BixLine.h", "Codec.h", "Envelope.h", "Scalar.h", "Table.h", "Visualize.h"}
+HEADERS = [file for folder in ("Common/Source/Core/BIX", "protocol") for file in sorted((ROOT / folder).glob("*.h"))
+           if file.name not in PRIVATE]
 
 IMAGE = re.compile(r"!\[([^\]]*)\]\(([^)\s]+)\)")
 # Code, in which nothing is a link, or a link, in whose words there may be code.
@@ -121,9 +124,23 @@ class Page:
             if heading:
                 yield f"{heading[1]} {heading[2]} {{#{self.name}-{slug(heading[2])}}}"
                 continue
+            if line == "<!-- programs -->":
+                yield from self.programs(pages, sources)
+                continue
             line = re.sub(r'<a id="(\w+)"></a>', rf"@anchor {self.name}-\1 ", line)
             line = IMAGE.sub(lambda image: f"![{image[1]}]({os.path.basename(image[2])})", line)
             yield CODE_OR_LINK.sub(lambda found: self.link(pages, sources, found[1], found[2]) if found[2] else found[0], line)
+
+    def programs(self, pages, sources):
+        """A table of the small examples: each says in its first sentence what it shows."""
+        yield from ("| Program | Shows |", "|---|---|")
+        for file in sorted((ROOT / "examples/small").glob("*.cpp")):
+            comment = re.match(r"(///? .*\n)+", file.read_text(encoding="utf-8"))
+            if not comment:
+                fail(f"{file} does not say what it shows")
+            words = " ".join(line.lstrip("/ ") for line in comment[0].splitlines() if "@file" not in line)
+            target = os.path.relpath(file, (ROOT / self.path).parent)
+            yield f"| {self.link(pages, sources, file.name, target)} | {re.split(r'(?<=[.]) ', words)[0]} |"
 
     def link(self, pages, sources, text, target):
         if re.match(r"\w+:", target):
@@ -138,7 +155,7 @@ class Page:
             return f'<a href="{page.name}.html{f"#{page.name}-{anchor}" if anchor else ""}">{words}</a>'
         if not (ROOT / full).exists():
             fail(f"{self.path}: there is no {full}")
-        if os.path.basename(full) in HEADERS:
+        if ROOT / full in HEADERS:
             return f"[{text}](@ref {full})"
         if full.startswith("examples/") and full.endswith(".cpp"):
             sources.add(full)
@@ -204,7 +221,7 @@ def main():
     settings = (HERE / "Doxyfile").read_text()
     images = sorted({folder for page in pages.values() for folder in page.image_folders()})
     for word, value in {"out": out, "root": ROOT, "pages": work / "pages", "header": header,
-                        "images": " ".join(images)}.items():
+                        "images": " ".join(images), "headers": " ".join(f'"{file}"' for file in HEADERS)}.items():
         settings = settings.replace(f"@{word}@", str(value))
     (work / "Doxyfile").write_text(settings)
     result = subprocess.run(["doxygen", str(work / "Doxyfile")], cwd=work).returncode
