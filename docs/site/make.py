@@ -189,6 +189,7 @@ def finish(out):
         page = file.read_text(encoding="utf-8")
         page = re.sub(r' onclick="[^"]*"', "", page)
         page = re.sub(r'<img src="closed.png"[^>]*>(&#160;)?', "", page)
+        page = re.sub(r'(?<=<div class="title">).*?(?=</div>)', lambda title: title[0].replace("::", "::<wbr>"), page)
         page = re.sub(r'<div class="ttc".*?</div></div>\n?', "", page)
         page = re.sub(r' *<a href="[^"]*">More\.\.\.</a>', "", page) # the name above leads there, too
         page = re.sub(r'<object type="image/svg\+xml" data="([^"]*)"[^>]*></object>\s*<div class="caption">\s*(.*?)</div>',
