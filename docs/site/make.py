@@ -78,11 +78,15 @@ class Page:
         tests = ROOT / "tests/guides"
         if "```cpp" in self.lines and not (tests / f"{self.name}.cpp").exists() and not (tests / f"{self.name}_test.cpp").exists():
             fail(f"{path} shows C++ that no test in tests/guides compiles")
+        self.headings = []  # the anchors of the headings, in their order; a forge numbers those that occur again
         self.anchors = set()
         for line, in_code in self.walk():
             heading = HEADING.match(line)
             if not in_code and heading:
-                self.anchors.add(slug(heading[2]))
+                name = slug(heading[2])
+                again = sum(re.fullmatch(re.escape(name) + r"(-\d+)?", other) is not None for other in self.headings)
+                self.headings.append(f"{name}-{again}" if again else name)
+            self.anchors.update(self.headings)
             self.anchors.update(re.findall(r'<a id="(\w+)"></a>', line))
 
     def walk(self):
@@ -110,6 +114,8 @@ class Page:
 
     def retold(self, pages, sources):
         """The page in Doxygen's words. Adds to sources the examples that it links to."""
+        headings = iter(self.headings)
+        next(headings)
         title_seen = False
         for line, in_code in self.walk():
             if in_code:
@@ -122,7 +128,7 @@ class Page:
                 yield line if self.name == "index" else f"# {heading[2]} {{#{self.name}}}"
                 continue
             if heading:
-                yield f"{heading[1]} {heading[2]} {{#{self.name}-{slug(heading[2])}}}"
+                yield f"{heading[1]} {heading[2]} {{#{self.name}-{next(headings)}}}"
                 continue
             if line == "<!-- programs -->":
                 yield from self.programs(pages, sources)

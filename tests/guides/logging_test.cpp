@@ -41,9 +41,9 @@ TEST_F(LoggingGuide, SignatureIsNotShown) {
 }
 
 TEST_F(LoggingGuide, ControlCharactersAreReplaced) {
-    char line[] = "a\nb\x1b[31m\x7f c";
+    char line[] = "a\nb\x1b[31m\x7f\x1f c~";
     makeHarmless(line);
-    EXPECT_STREQ(line, "a?b?[31m? c");
+    EXPECT_STREQ(line, "a?b?[31m?? c~");
 }
 
 } // namespace
