@@ -33,10 +33,10 @@ MENU = [
 SHORT = {"docs/README.md": "Overview", "docs/wire.md": "Bytes on the wire", "vectors/README.md": "Test vectors",
          "CONTRIBUTING.md": "Add a field or a command", "docs/security.md": "Security"}
 
-# What no user includes, or only for words of the compiler. Every other header is documented, down to each member.
-PRIVATE = {"BixCompiler.h", "BixLine.h", "Codec.h", "Envelope.h", "Scalar.h", "Table.h", "Visualize.h"}
+# What a user includes is documented down to each member: every header but those that say that they are private, and the
+# one with words of the compiler.
 HEADERS = [file for folder in ("Common/Source/Core/BIX", "protocol") for file in sorted((ROOT / folder).glob("*.h"))
-           if file.name not in PRIVATE]
+           if file.name != "BixCompiler.h" and not file.read_text(encoding="utf-8").startswith("/// @file\n/// Private:")]
 
 IMAGE = re.compile(r"!\[([^\]]*)\]\(([^)\s]+)\)")
 # Code, in which nothing is a link, or a link, in whose words there may be code.
