@@ -1,6 +1,6 @@
 /// @file
-/// The protocol as data: every record type with its fields, and every command, for tools that work on all of
-/// them.
+/// The protocol as data: every record type with its fields, and every command, for tools that work on all
+/// of them.
 ///
 /// These tables are the protocol's one home: `pack`, `unpack`, `construct` and `visualize` are made from
 /// them.
@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// The protocol as data.
 namespace cs_relay_msg::schema {
 
 struct Type;
@@ -65,18 +66,18 @@ struct Field {
 
 /// How far an operation got in its buffer, and its result.
 struct Progress {
-    size_t position;
-    int32_t result;
+    size_t position; ///< of the cursor
+    int32_t result;  ///< the result code
 };
 
 /// One record type. The operations are those of Record.h, on a record given by its address.
 struct Type {
-    const char* name;
-    size_t size; ///< bytes in memory
-    const Field* fields;
-    size_t fieldCount;
-    uint32_t currentVersion;
-    bool zeroDefault; ///< whether `construct` sets every byte of the record to 0
+    const char* name;        ///< as in C++, without the namespace
+    size_t size;             ///< bytes in memory
+    const Field* fields;     ///< in the order of the wire
+    size_t fieldCount;       ///< how many they are
+    uint32_t currentVersion; ///< the newest version that the type knows
+    bool zeroDefault;        ///< whether `construct` sets every byte of the record to 0
 
     /// What the operations call: the buffer's fields are given, and come back, in registers.
     /// @{
@@ -87,6 +88,8 @@ struct Type {
                             char sep);
     /// @}
 
+    /// The operations of Record.h, at the cursor of @p buffer.
+    /// @{
     int32_t pack(const void* record, Korvan::BixWriteBuf& buffer, uint32_t cutVer = 0) const noexcept {
         return done(buffer, packAt(record, buffer.beginPtr, buffer.position, buffer.length, cutVer));
     }
@@ -98,9 +101,13 @@ struct Type {
         return done(buffer,
                     visualizeAt(record, buffer.beginPtr, buffer.position, buffer.length, indent, sep));
     }
+    /// @}
 
+    /// The fields, for a loop.
+    /// @{
     constexpr const Field* begin() const noexcept { return fields; }
     constexpr const Field* end() const noexcept { return fields + fieldCount; }
+    /// @}
 
     /// The version that @p cutVer stands for.
     constexpr uint32_t effectiveVersion(uint32_t cutVer) const noexcept {
@@ -117,7 +124,7 @@ private:
 
 /// One command: a member of the body union and the id that selects it.
 struct Command {
-    uint8_t id;
+    uint8_t id;          ///< as in the head's `bCmdId`
     const char* name;    ///< the union member's name
     const char* label;   ///< the name in square brackets
     uint8_t labelLength; ///< characters in the label
@@ -127,12 +134,15 @@ struct Command {
 /// A table: so many entries one behind the other, constant and always there.
 template <class T>
 struct Span {
-    const T* data;
-    size_t size;
+    const T* data; ///< the first entry
+    size_t size;   ///< how many they are
 
+    /// The entries, for a loop or by their index.
+    /// @{
     constexpr const T* begin() const noexcept { return data; }
     constexpr const T* end() const noexcept { return data + size; }
     constexpr const T& operator[](size_t i) const noexcept { return data[i]; }
+    /// @}
 };
 
 /// Every record type, `CSRelayMsg` last; a type stands behind those that it contains.
@@ -146,8 +156,10 @@ KORVAN_API const Type& typeOf() noexcept;
 inline constexpr size_t MAX_DEPTH = 4;
 
 /// Which bytes of a message tell its version and its command.
+/// @{
 inline constexpr size_t VERSION_BYTE = 8;
 inline constexpr size_t COMMAND_BYTE = 11;
+/// @}
 
 /// Every command in the order of its id.
 KORVAN_API Span<Command> commands() noexcept;
@@ -157,8 +169,8 @@ KORVAN_API const Command* findCommand(long long id) noexcept;
 
 /// The smallest and the largest number of bytes that a valid record takes on the wire.
 struct WireSize {
-    size_t min;
-    size_t max;
+    size_t min; ///< the smallest
+    size_t max; ///< the largest
 };
 
 /// The wire size at the version that @p cutVer stands for. A message with an unassigned command id is valid:

@@ -41,10 +41,10 @@ enum class ScanStatus : uint8_t {
 struct ScanState {
     /// A record that the scan is inside of.
     struct Level {
-        const schema::Type* type;
-        uint32_t field;    ///< index of the current field
-        uint32_t elements; ///< records in that field, as many as the count says
-        uint32_t element;  ///< index of the current one of them
+        const schema::Type* type; ///< its type
+        uint32_t field;           ///< index of the current field
+        uint32_t elements;        ///< records in that field, as many as the count says
+        uint32_t element;         ///< index of the current one of them
     };
 
     Level levels[schema::MAX_DEPTH] = {};     ///< from the message inward
@@ -52,16 +52,16 @@ struct ScanState {
     uint64_t value = 0;                       ///< of the latest integer or length, as far as it is known
     uint32_t size = 0;                        ///< bytes of the message so far
     uint32_t left = 0;                        ///< bytes of the current integer, length, text or array to come
-    int32_t code = Korvan::BIX_OK;
-    ScanStatus status = ScanStatus::Need;
-    uint8_t depth = 0; ///< levels in use; none before the first byte and behind the last
-    uint8_t version = schema::BASE_VERSION;
-    bool inText = false; ///< behind the length of a string
+    int32_t code = Korvan::BIX_OK;            ///< as in `ScanResult`
+    ScanStatus status = ScanStatus::Need;     ///< as in `ScanResult`
+    uint8_t depth = 0;                        ///< levels in use; none before and behind the message
+    uint8_t version = schema::BASE_VERSION;   ///< of the message
+    bool inText = false;                      ///< behind the length of a string
 };
 
 /// What `scan` found.
 struct ScanResult {
-    ScanStatus status;
+    ScanStatus status; ///< what is known of the message
 
     /// Malformed: the code that `CSRelayMsg::unpack` returns once enough bytes follow: -3, -4, -5, -7 or -20
     /// (BixResult.h). With too few it is -2 instead, as for every message cut short. Otherwise 0.
@@ -138,6 +138,7 @@ KORVAN_API int32_t unpackHead(CSRelayMsgHead& head, const char* buffer, size_t s
 template <class T>
 int32_t packMessage(const CSRelayMsgHead& head, const Record<T>& member, char* buffer, size_t size,
                     size_t* usedSize = nullptr, uint32_t cutVer = 0) noexcept;
+/// The same at the cursor of @p buffer.
 template <class T>
 int32_t packMessage(const CSRelayMsgHead& head, const Record<T>& member, Korvan::BixWriteBuf& buffer,
                     uint32_t cutVer = 0) noexcept;
@@ -152,6 +153,7 @@ int32_t packMessage(const CSRelayMsgHead& head, const Record<T>& member, Korvan:
 template <class T>
 int32_t unpackMessage(CSRelayMsgHead& head, Record<T>& member, const char* buffer, size_t size,
                       size_t* usedSize = nullptr) noexcept;
+/// The same at the cursor of @p buffer.
 template <class T>
 int32_t unpackMessage(CSRelayMsgHead& head, Record<T>& member, Korvan::BixReadBuf& buffer) noexcept;
 
@@ -198,12 +200,14 @@ bool equal(const Record<T>& a, const Record<T>& b) noexcept;
 
 // ---- The same for a type known only at run time ----
 
-/// As above, with the records given by their address. @p member and @p type must belong together.
+/// As above, with the records given by their address, which must be of type @p type.
+/// @{
 KORVAN_API int32_t packMessage(const CSRelayMsgHead& head, const schema::Type& type, const void* member,
                                Korvan::BixWriteBuf& buffer, uint32_t cutVer = 0) noexcept;
 KORVAN_API int32_t unpackMessage(CSRelayMsgHead& head, const schema::Type& type, void* member,
                                  Korvan::BixReadBuf& buffer) noexcept;
 KORVAN_API bool equal(const schema::Type& type, const void* a, const void* b) noexcept;
+/// @}
 
 // ---- Behind the templates ----
 

@@ -295,6 +295,8 @@ struct KORVAN_RECORD CSRelayStatRes : Record<CSRelayStatRes> {
 
 /// The command ids, each named like the union member that it selects. All other ids are unassigned.
 namespace cmd {
+/// Selects the member of this name.
+/// @{
 inline constexpr uint8_t stRelayLoginReq = 161;
 inline constexpr uint8_t stRelayLoginRes = 162;
 inline constexpr uint8_t stRelayStartReq = 163;
@@ -320,6 +322,7 @@ inline constexpr uint8_t stCSRelayMsgStatUserRes = 192;
 inline constexpr uint8_t stRelayReloginNotify = 193;
 inline constexpr uint8_t stRelayError = 194;
 inline constexpr uint8_t stRelayInputMulty = 195;
+/// @}
 } // namespace cmd
 
 /// The name of a command, that of its union member, such as "stRelayLoginReq"; a null pointer for an id that
@@ -369,17 +372,20 @@ union KORVAN_RECORD CSRelayMsgBody {
     /// Packs the selected member, as `Record::pack` does.
     int32_t pack(long long selector, char* buffer, size_t size, size_t* usedSize = nullptr,
                  uint32_t cutVer = 0) const noexcept;
+    /// The same at the cursor of @p buffer.
     int32_t pack(long long selector, Korvan::BixWriteBuf& buffer, uint32_t cutVer = 0) const noexcept;
 
     /// Unpacks the selected member, as `Record::unpack` does.
     int32_t unpack(long long selector, const char* buffer, size_t size, size_t* usedSize = nullptr,
                    uint32_t cutVer = 0) noexcept;
+    /// The same at the cursor of @p buffer.
     int32_t unpack(long long selector, Korvan::BixReadBuf& buffer, uint32_t cutVer = 0) noexcept;
 
     /// Writes the member's name as a header line, then the member one level deeper, as `Record::visualize`
     /// does.
     int32_t visualize(long long selector, char* buffer, size_t size, size_t* usedSize = nullptr,
                       int indent = 0, char sep = '\n') const noexcept;
+    /// The same at the cursor of @p buffer.
     int32_t visualize(long long selector, Korvan::BixWriteBuf& buffer, int indent = 0,
                       char sep = '\n') const noexcept;
 };
@@ -391,14 +397,12 @@ union KORVAN_RECORD CSRelayMsgBody {
 /// Its operations are those of `Record`, with these differences:
 ///
 /// - `construct` sets the head to 0, which selects no command, and leaves the body as it was. For the
-/// defaults of a
-///   member, set `stHead.bCmdId` and call `stBody.construct(stHead.bCmdId)`.
+///   defaults of a member, set `stHead.bCmdId` and call `stBody.construct(stHead.bCmdId)`.
 /// - `pack` puts the effective version into byte 8 of the message, on the wire only. After a failure in the
-/// body
-///   that byte holds the record's own `bVersion`. A message with an unassigned command id is its head alone.
-/// - `unpack` ignores its @p cutVer: it first looks at byte 8 and decodes at the version that it finds there.
-/// With
-///   fewer than 9 bytes the result is -2, with a version other than 1 to 3 it is -20
+///   body that byte holds the record's own `bVersion`. A message with an unassigned command id is its head
+///   alone.
+/// - `unpack` ignores its @p cutVer: it first looks at byte 8 and decodes at the version that it finds
+///   there. With fewer than 9 bytes the result is -2, with a version other than 1 to 3 it is -20
 ///   (`BIX_ERR_VERSION_OUT_OF_RANGE`); either leaves the record and the buffer's cursor as they were. With an
 ///   unassigned command id only the head is consumed, and the length of what follows cannot be known.
 /// - -10 (`BIX_ERR_VERSION_FIELD_CUT`) stands for a version without a version byte, which there is none of.

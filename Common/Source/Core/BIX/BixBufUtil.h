@@ -21,6 +21,7 @@
 
 #include <cstdint>
 
+/// The text-dump helpers: one line of text per field.
 namespace Korvan::BixBufUtil {
 
 /// Writes a value line: indentation, label, value, separator.

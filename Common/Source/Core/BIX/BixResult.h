@@ -5,11 +5,14 @@
 
 #include <cstdint>
 
+/// What knows nothing of the protocol: buffers, text lines, result codes.
 namespace Korvan {
 
 /// Success. Every failure is one of the negative codes below; no other value is ever returned.
 inline constexpr int32_t BIX_OK = 0;
 
+/// A failure; `BIX_RESULTS` says of which kind.
+/// @{
 inline constexpr int32_t BIX_ERR_WRITE_OVERFLOW = -1;
 inline constexpr int32_t BIX_ERR_READ_UNDERFLOW = -2;
 inline constexpr int32_t BIX_ERR_STRING_TOO_LONG = -3;
@@ -21,10 +24,11 @@ inline constexpr int32_t BIX_ERR_VERSION_TOO_OLD = -9;
 inline constexpr int32_t BIX_ERR_VERSION_FIELD_CUT = -10;
 inline constexpr int32_t BIX_ERR_NULL_ARGUMENT = -19;
 inline constexpr int32_t BIX_ERR_VERSION_OUT_OF_RANGE = -20;
+/// @}
 
 /// One result code with the words for it.
 struct BixResult {
-    int32_t code;
+    int32_t code;         ///< the constant's value
     const char* name;     ///< the constant's name
     const char* sentence; ///< what happened, in one sentence
 };
