@@ -48,8 +48,8 @@ if(TARGET relaymsg)
     install(EXPORT tools NAMESPACE korvan:: DESTINATION ${package_dir} COMPONENT tools
         FILE korvan_relay-tools.cmake)
 
-    file(GLOB man_pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/relaymsg/man/*.1)
+    file(GLOB man_pages ${PROJECT_SOURCE_DIR}/tools/relaymsg/man/*.1)
     install(FILES ${man_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-    file(GLOB dissectors CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tools/wireshark/*.lua)
+    file(GLOB dissectors ${PROJECT_SOURCE_DIR}/tools/wireshark/*.lua)
     install(FILES ${dissectors} DESTINATION ${CMAKE_INSTALL_DATADIR}/korvan_relay/wireshark COMPONENT tools)
 endif()
