@@ -1,5 +1,5 @@
-// Ends by a failed assertion, whose report names the operation, the header and the condition, also where the header is an
-// installed one.
+// Ends by a failed assertion, whose report names the operation, the header and the condition, also where the
+// header is an installed one.
 #undef NDEBUG
 #include "Common/Source/Core/BIX/BixBuf.h"
 
