@@ -14,3 +14,12 @@ else()
         $<$<BOOL:${KORVAN_RELAY_WERROR}>:-Werror>)
     set(KORVAN_NO_EXCEPTIONS -fno-exceptions -fno-rtti)
 endif()
+
+# So that two builds of one source are equal to the byte, wherever they are made. Off by default: a debugger looks for
+# the sources where they were.
+option(KORVAN_RELAY_REPRODUCIBLE "Leave the paths of this machine out of what is built" OFF)
+if(KORVAN_RELAY_REPRODUCIBLE)
+    add_compile_options(
+        -ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/ -ffile-prefix-map=${PROJECT_BINARY_DIR}=build
+        -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+endif()
