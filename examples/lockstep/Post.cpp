@@ -70,8 +70,10 @@ void Post::record(const char* direction, const CSRelayMsg& message, std::string_
     const bool secret = message.stHead.bCmdId == cmd::stRelayLoginReq;
     const char* text = secret ? message.stHead.visualize_ex(text_.data(), text_.size(), nullptr, 1)
                               : message.visualize_ex(text_.data(), text_.size(), nullptr, 1);
-    std::fprintf(log_.get(), "%s %s, %zu bytes\n%s", direction, commandName(message.stHead.bCmdId),
-                 bytes.size(), text);
+    const unsigned version =
+        static_cast<uint8_t>(bytes[schema::VERSION_BYTE]); // the record has none before it is sent
+    std::fprintf(log_.get(), "%s %s at version %u, %zu bytes\n%s", direction,
+                 commandName(message.stHead.bCmdId), version, bytes.size(), text);
 }
 
 Post::File Post::open(const std::string& path) {
