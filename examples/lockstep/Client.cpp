@@ -94,8 +94,9 @@ bool Client::handle(const CSRelayMsg& message) {
         numbers_.sought += keep(body.stRelayLockStep, message.stHead.bVersion);
         return true;
     case cmd::stRelaySyncRes:
-        if (body.stRelaySyncRes.iResult == 0) {
-            numbers_.synced += keep(body.stRelaySyncRes.stSyncData, message.stHead.bVersion);
+        if (body.stRelaySyncRes.iResult == 0 &&
+            keep(body.stRelaySyncRes.stSyncData, message.stHead.bVersion)) {
+            ++numbers_.synced;
         }
         return true;
     case cmd::stCSRelayMsgStatUserRes: {
@@ -164,7 +165,7 @@ void Client::begin(const CSRelayMsgStartRes& start) {
 uint32_t Client::keep(const CSRelayFramePack& frames, uint8_t version) {
     uint32_t added = 0;
     for (uint8_t i = 0; i < frames.bCount; ++i) {
-        added += keep(frames.astRelayData[i], version);
+        added += keep(frames.astRelayData[i], version) ? 1u : 0u;
     }
     return added;
 }
@@ -182,7 +183,9 @@ bool Client::keep(const CSRelayFrame& frame, uint8_t version) {
         frame_->dwLastHasDataFrameId = frame.dwLastHasDataFrameId;
         for (uint32_t empty = std::max(+frame.dwLastHasDataFrameId, game_->tick()) + 1; empty < id; ++empty) {
             frame_->dwFrameId = empty;
-            numbers_.empty += !store_.has(empty) && store_.put(*frame_);
+            if (!store_.has(empty) && store_.put(*frame_)) {
+                ++numbers_.empty;
+            }
         }
     }
     return true;

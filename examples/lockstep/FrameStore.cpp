@@ -5,16 +5,13 @@ namespace lockstep {
 using cs_relay_msg::CSRelayFrame;
 
 bool FrameStore::put(const CSRelayFrame& frame) {
-    if (has(frame.dwFrameId)) {
-        return true;
-    }
     bytes_.resize(CSRelayFrame::maxWireSize);
     size_t used = 0;
-    if (frame.pack(bytes_.data(), bytes_.size(), &used) != Korvan::BIX_OK) {
-        return false;
+    const bool packed = frame.pack(bytes_.data(), bytes_.size(), &used) == Korvan::BIX_OK;
+    if (packed) {
+        frames_.emplace(+frame.dwFrameId, bytes_.substr(0, used));
     }
-    frames_.emplace(+frame.dwFrameId, bytes_.substr(0, used));
-    return true;
+    return packed;
 }
 
 bool FrameStore::get(uint32_t id, CSRelayFrame& frame) const {

@@ -7,21 +7,14 @@ namespace lockstep {
 namespace {
 
 Cell moved(Cell at, Move move) {
-    switch (move) {
-    case Move::Up:
-        at.y = static_cast<uint8_t>(at.y - (at.y > 0));
-        break;
-    case Move::Down:
-        at.y = static_cast<uint8_t>(at.y + (at.y + 1 < Game::HEIGHT));
-        break;
-    case Move::Left:
-        at.x = static_cast<uint8_t>(at.x - (at.x > 0));
-        break;
-    case Move::Right:
-        at.x = static_cast<uint8_t>(at.x + (at.x + 1 < Game::WIDTH));
-        break;
-    case Move::Stay:
-        break;
+    if (move == Move::Up && at.y > 0) {
+        --at.y;
+    } else if (move == Move::Down && at.y + 1 < Game::HEIGHT) {
+        ++at.y;
+    } else if (move == Move::Left && at.x > 0) {
+        --at.x;
+    } else if (move == Move::Right && at.x + 1 < Game::WIDTH) {
+        ++at.x;
     }
     return at;
 }

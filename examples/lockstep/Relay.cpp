@@ -170,7 +170,7 @@ bool Relay::login(Session& session, const CSRelayMsg& request) {
 bool Relay::start(Session& session, const CSRelayMsg& request) {
     CSRelayMsg& begin = answer(request, cmd::stRelayStartRes);
     begin.stBody.stRelayStartRes.dwBeginFrameID = frame_ + 1;
-    begin.stBody.stRelayStartRes.bNeedToPlayFromFrame0 = frame_ > 0;
+    begin.stBody.stRelayStartRes.bNeedToPlayFromFrame0 = frame_ > 0 ? 1 : 0;
     send(session, begin);
 
     session.player->started = true;
@@ -284,7 +284,7 @@ void Relay::refuse(Session& session, const CSRelayMsg& request, uint32_t code, b
     CSRelayError& error = refusal.stBody.stRelayError;
     error.dwError_code = code;
     error.bRequest_cmd_code = command;
-    error.bIsFatalError = fatal;
+    error.bIsFatalError = fatal ? 1 : 0;
     if (setText(error.szError_code_str, why) != BIX_OK) {
         setText(error.szError_code_str, "refused");
     }

@@ -156,6 +156,7 @@ def main():
             print(SHOW_CURSOR, end="", flush=True)
     if options.relaymsg:
         problems += decode(options.relaymsg, options.directory / "capture.bin", options.directory / "capture.txt")
+    print(f"\nThe capture, and the logs of all programs: {options.directory}")
     for problem in problems:
         print(problem, file=sys.stderr)
     return 1 if problems else 0
