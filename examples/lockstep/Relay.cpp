@@ -16,6 +16,7 @@ namespace {
 constexpr size_t LONGEST_REQUEST = CSRelayMsgHead::maxWireSize + CSRelayInputMulty::maxWireSize;
 constexpr uint32_t FRAMES_IN_DATAGRAM = 2; // the newest, and the one before in case its datagram was lost
 constexpr uint32_t MOST_REPEATS = 2;
+constexpr uint32_t MOST_EMPTY = 20; // frames in a row: a game that nobody plays waits
 constexpr uint32_t HEARTBEAT_MS = 200;
 constexpr milliseconds WATCH{100};
 
@@ -310,7 +311,7 @@ void Relay::addInput(Player& player, const CSRelayData& data, uint32_t times) {
 }
 
 void Relay::tick() {
-    if (frame_ < options_.frames) {
+    if (frame_ < options_.frames && (next_->bCount > 0 || frame_ - lastWithInputs_ < MOST_EMPTY)) {
         makeFrame();
     }
     sendNewest(); // the last one again and again: nothing behind it would show that it was lost

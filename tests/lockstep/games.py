@@ -14,6 +14,7 @@ import sys
 LIMIT = 150  # seconds
 FRAMES = 150
 TICK = 3  # milliseconds
+SOON, LATE = 3000, 60000  # milliseconds until a program gives up: where that is what is tested, and where not
 HEARTBEAT = bytes.fromhex("000003e9 00000007 03 0001 b8 00000000")  # of player 1001
 NAME, LOCKSTEP, RELAYMSG, DIRECTORY = *sys.argv[1:4], pathlib.Path(sys.argv[4])
 PLAY = pathlib.Path(__file__).resolve().parents[2] / "examples" / "lockstep" / "play.py"
@@ -27,7 +28,7 @@ def expect(true, *what):
 def play(*arguments):
     """Runs play.py; its status and what it printed."""
     command = [sys.executable, "-B", str(PLAY), "--lockstep", LOCKSTEP, "--directory", str(DIRECTORY),
-               "--frames", str(FRAMES), "--tick", str(TICK), "--patience", "20000", "--limit", str(LIMIT - 20)]
+               "--frames", str(FRAMES), "--tick", str(TICK), "--patience", str(LATE), "--limit", str(LIMIT - 20)]
     if RELAYMSG:
         command += ["--relaymsg", RELAYMSG]
     done = subprocess.run([*command, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
@@ -40,16 +41,16 @@ def start(*arguments):
     return subprocess.Popen([LOCKSTEP, *arguments], stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
 
-def start_relay(*arguments, patience=1000):
-    """A relay that gives up soon, and its port."""
+def start_relay(*arguments, patience=LATE):
+    """A relay, and its port."""
     relay = start("relay", "--tick", str(TICK), "--patience", str(patience), *arguments)
     word, port = relay.stdout.readline().split()
     expect(word == "port", word)
     return relay, port
 
 
-def start_client(port, *arguments):
-    return start("client", "--port", port, "--player", "1001", *arguments)
+def start_client(port, *arguments, patience=LATE):
+    return start("client", "--port", port, "--player", "1001", "--patience", str(patience), *arguments)
 
 
 def ended(process, status, complaint=""):
@@ -134,8 +135,8 @@ def relay_vanishes():
 
 
 def players_vanish():
-    """Killed, before the end of the game: the game goes on, and ends without them."""
-    relay, port = start_relay("--players", "1", "--frames", "50")
+    """Killed before the end of the game: the game waits for them, but not for ever."""
+    relay, port = start_relay("--players", "1", "--frames", "100000", patience=SOON)
     client = start_client(port)
     wait_for_frame(relay, 10)
     client.kill()
@@ -145,21 +146,31 @@ def players_vanish():
 
 def one_player_vanishes():
     """Not enough players ever come: all ends."""
-    relay, port = start_relay("--players", "2")
-    client = start_client(port, "--patience", "60000")
+    relay, port = start_relay("--players", "2", patience=SOON)
+    client = start_client(port)
     ended(relay, 1, "players are missing")
     ended(client, 1, "the relay ended the session")
 
 
 def player_stands_still():
     """A process that is there, but does nothing: no connection breaks, only the limits of time help."""
-    relay, port = start_relay("--players", "1", "--frames", "50")
-    client = start_client(port, "--patience", "1000")
+    relay, port = start_relay("--players", "1", "--frames", "100000", patience=SOON)
+    client = start_client(port, patience=SOON)
     wait_for_frame(relay, 10)
     client.send_signal(signal.SIGSTOP)
     ended(relay, 1, "players are missing")
     client.send_signal(signal.SIGCONT)
     ended(client, 1, "the relay")
+
+
+def relay_stands_still():
+    relay, port = start_relay("--players", "1", "--frames", "100000")
+    client = start_client(port, patience=SOON)
+    wait_for_frame(relay, 10)
+    relay.send_signal(signal.SIGSTOP)
+    ended(client, 1, "the relay is silent")
+    relay.kill()
+    relay.communicate()
 
 
 def exchange(port, message):
@@ -175,7 +186,7 @@ def exchange(port, message):
 
 def strange_bytes():
     """What is no message is answered by an error that says where, and ends that stream alone."""
-    relay, port = start_relay("--players", "1", "--finishers", "1", "--frames", "30", patience=20000)
+    relay, port = start_relay("--players", "1", "--finishers", "1", "--frames", "30")
     cases = {
         "version": (HEARTBEAT[:8] + b"\x09" + HEARTBEAT[9:], b"BIX_ERR_VERSION_OUT_OF_RANGE at byte 8"),
         "command": (HEARTBEAT[:11] + b"\xff", b"unknown command"),
@@ -204,7 +215,7 @@ def strange_bytes():
 
 def strange_requests():
     """Requests that are messages, but not ones that a player may make now."""
-    relay, port = start_relay("--players", "1", "--finishers", "1", "--frames", "30", patience=20000)
+    relay, port = start_relay("--players", "1", "--finishers", "1", "--frames", "30")
     login = HEARTBEAT[:11] + b"\xa1" + (12).to_bytes(4, "big") + b"player-1001\0" + bytes(4)
     sync = HEARTBEAT[:11] + b"\xa8" + (1).to_bytes(4, "big") + (2).to_bytes(4, "big")
     wrapping = HEARTBEAT[:11] + b"\xa8" + (0).to_bytes(4, "big") + b"\xff" * 4
