@@ -46,7 +46,7 @@ Client::Client(Loop& loop, const ClientOptions& options)
 void Client::received(std::string_view bytes) {
     heard_ = Clock::now();
     const bool goOn = framer_.take(bytes, [this](std::string_view whole) {
-        const CSRelayMsg* message = post_.unpack(whole);
+        const CSRelayMsg* message = read(whole);
         return message != nullptr && handle(*message);
     });
     if (!goOn) {
@@ -60,7 +60,7 @@ void Client::datagram(std::string_view bytes, uint16_t port) {
     if (port != relayPort_ || !game_) {
         return;
     }
-    const CSRelayMsg* message = post_.unpack(bytes);
+    const CSRelayMsg* message = read(bytes);
     if (message == nullptr) {
         return; // a datagram stands alone: the next one is not spoiled
     }
@@ -72,6 +72,17 @@ void Client::datagram(std::string_view bytes, uint16_t port) {
         const uint32_t interval = message->stBody.stCSRelayMsgHeartBeatRes.dwHeartBeatIntervalMs;
         heartbeat_ = milliseconds(std::clamp<uint32_t>(interval, 10, 5000));
     }
+}
+
+/// A program that really is old could not unpack what is newer than itself. This one only plays to be old, so
+/// it looks: the relay must pack for the version that it was spoken to with.
+const CSRelayMsg* Client::read(std::string_view bytes) {
+    const CSRelayMsg* message = post_.unpack(bytes);
+    if (message != nullptr && message->stHead.bVersion > options_.version) {
+        post_.note("dropped a message of a later version");
+        return nullptr;
+    }
+    return message;
 }
 
 bool Client::handle(const CSRelayMsg& message) {

@@ -19,7 +19,7 @@ namespace lockstep {
 struct ClientOptions {
     uint16_t port = 0; ///< of the relay
     uint32_t player = 0;
-    uint32_t version = 3; ///< of this program: it packs for this version, and reads all
+    uint32_t version = 3; ///< of this program, which understands no later one
     std::string signature;
     uint32_t loss = 0; ///< of 100 datagrams
     uint32_t patienceMs = 10000;
@@ -58,6 +58,7 @@ private:
     // From the network.
     void received(std::string_view bytes);
     void datagram(std::string_view bytes, uint16_t port);
+    const cs_relay_msg::CSRelayMsg* read(std::string_view bytes);
     bool handle(const cs_relay_msg::CSRelayMsg& message);
     void prepare(const cs_relay_msg::CSRelayMsgPack& settings);
     void begin(const cs_relay_msg::CSRelayMsgStartRes& start);

@@ -94,6 +94,13 @@ def losses_and_kill():
            "a signature is in a log")
 
 
+def heavy_losses():
+    """More is lost than comes through, the last frame as a rule."""
+    status, text = play("--loss", "60")
+    expect(status == 0, "status", status)
+    expect("4 states, all equal" in text, text)
+
+
 def wrong_game():
     """A client whose game goes wrong is told so, and the play as a whole fails."""
     status, text = play("--loss", "0", "--spoil", "1003")
@@ -221,8 +228,9 @@ def strange_requests():
     wrapping = HEARTBEAT[:11] + b"\xa8" + (0).to_bytes(4, "big") + b"\xff" * 4
     expect(b"log in first" in exchange(port, HEARTBEAT))
     expect(b"signature" in exchange(port, login.replace(b"1001", b"1002")))
-    answer = exchange(port, login + sync + wrapping)
-    expect(answer.count(b"no such frames") == 2, answer)
+    backward = HEARTBEAT[:11] + b"\xa8" + (2).to_bytes(4, "big") + (0).to_bytes(4, "big")
+    answer = exchange(port, login + sync + wrapping + backward)
+    expect(answer.count(b"no such frames") == 3, answer)
     again = exchange(port, login + HEARTBEAT)
     expect(b"not a request of this game" in again, again)
     ended(start_client(port), 0)
