@@ -26,14 +26,13 @@ def tshark(*arguments, dissector=DISSECTOR, home=scratch):
     """What tshark prints. It has no settings and no plugins but what is given here."""
     environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": os.path.join(home, ".config"), "LC_ALL": "C.UTF-8"}
     script = ["-X", "lua_script:" + dissector] if dissector else []
-    done = subprocess.run(["tshark", *script, *arguments], env=environment, stdout=subprocess.PIPE,
+    done = subprocess.run(["tshark", *arguments, *script], env=environment, stdout=subprocess.PIPE,
                           stderr=subprocess.PIPE, timeout=300, check=False)
     out, said = done.stdout.decode("utf-8"), done.stderr.decode("utf-8", "replace")
     for text in (out, said):
-        at = text.lower().find("lua error")
-        at = text.find("Lua: ") if at < 0 else at
-        if at >= 0:
-            raise AssertionError(text[at:at + 500])
+        error = re.search(r"(Lua Error|Lua): .{,300}", text, re.DOTALL)
+        if error:
+            raise AssertionError(error[0])
     if done.returncode != 0:
         raise AssertionError(f"tshark ends with {done.returncode}: {said}")
     return out
@@ -107,9 +106,9 @@ def unpunctuated(text):
     return text.replace(":", "")
 
 
-def packets(capture, *options, ports=PORTS):
+def packets(capture, *options, ports=PORTS, **more):
     """Of each packet, its messages."""
-    out = tshark("-r", capture, *ports, *options, "-T", "json", "-J", "relaymsg")
+    out = tshark("-r", capture, *ports, *options, "-T", "json", "-J", "relaymsg", **more)
     frames = json.loads(out, object_pairs_hook=list)
     result = []
     for frame in frames:

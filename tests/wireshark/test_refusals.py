@@ -100,7 +100,7 @@ class Refusals(unittest.TestCase):
             with self.subTest(data=data.hex(), length=length):
                 self.assertEqual(len(packet), 1)
                 self.assertEqual(packet[0].refusal()[0], "BIX_ERR_READ_UNDERFLOW")
-                self.assertLessEqual(packet[0].length, length)
+                self.assertEqual(packet[0].length, messages.relay_wire.unpack("CSRelayMsg", data[:length])[1])
                 self.assertEqual(packet[0].undecoded or b"", data[packet[0].length:length])
 
 

@@ -42,7 +42,9 @@ for _, record in pairs(protocol.records) do
         local filter = "relaymsg." .. record.filter .. field.name
         field.width = field.kind:match("int(%d+)$") and field.kind:match("%d+") / 8
         local names = filter == "relaymsg." .. protocol.records[protocol.head].filter .. protocol.command_field and command_names or nil
-        field.shown = filterable((keep[field.kind] or keep_group)(filter, field.name, names))
+        if field.kind ~= "body" then
+            field.shown = filterable((keep[field.kind] or keep_group)(filter, field.name, names))
+        end
         if field.kind == "text" then
             field.length = filterable(ProtoField.uint32(filter .. ".length", field.name .. " length"))
             field.hex = filterable(ProtoField.bytes(filter .. ".hex", field.name .. " bytes"))
@@ -127,18 +129,15 @@ function Walk:take(count)
     return range
 end
 
-function Walk:group(shown, name, tree)
-    local item = tree and tree:add(shown, self.tvb:range(self.at, 0))
+-- Reads a record as an item of its own, in which what could be read stays on show.
+function Walk:group(shown, name, record, version, tree)
+    local start = self.at
+    local item = tree and tree:add(shown, self.tvb:range(start, 0))
+    local good = self:record(protocol.records[record], version, item)
     if item then
-        item:set_text(name)
+        item:set_text(name):set_len(self.at - start)
     end
-    return item
-end
-
-function Walk:close(item, start)
-    if item then
-        item:set_len(self.at - start)
-    end
+    return good
 end
 
 -- Each reads one field of its kind and says whether it could.
@@ -258,23 +257,15 @@ function read.bytes(walk, field, tree, values)
 end
 
 function read.record(walk, field, tree, _, version)
-    local start = walk.at
-    local item = walk:group(field.shown, field.name, tree)
-    local good = walk:record(protocol.records[field.record], version, item)
-    walk:close(item, start)
-    return good
+    return walk:group(field.shown, field.name, field.record, version, tree)
 end
 
 function read.records(walk, field, tree, values, version)
     local count = counted(walk, field, values)
     for index = 0, (count or 0) - 1 do
-        local start = walk.at
         local step = "[" .. index .. "]"
         walk:push(step)
-        local item = walk:group(field.shown, field.name .. step, tree)
-        local good = walk:record(protocol.records[field.record], version, item)
-        walk:close(item, start)
-        if not good then
+        if not walk:group(field.shown, field.name .. step, field.record, version, tree) then
             return false
         end
         walk:pop()
@@ -287,15 +278,12 @@ function read.body(walk, _, tree, _, version)
     if not command then
         return true
     end
-    local start = walk.at
     walk:push(command.name)
-    local item = walk:group(command.shown, command.name, tree)
-    local good = walk:record(protocol.records[command.record], version, item)
-    walk:close(item, start)
-    if good then
-        walk:pop()
+    if not walk:group(command.shown, command.name, command.record, version, tree) then
+        return false
     end
-    return good
+    walk:pop()
+    return true
 end
 
 function Walk:record(record, version, tree)
@@ -379,13 +367,9 @@ end
 
 -- From packets to messages --------------------------------------------------------------------------------------
 
-local MORE = DESEGMENT_ONE_MORE_SEGMENT
-
 -- Whether the message may be good once more of the stream is there.
 local function must_wait(walk, packet)
-    local refusal = walk.refusal
-    return packet.is_stream and refusal and refusal.needed and not packet.is_cut
-        and walk.size - walk.start < protocol.longest
+    return packet.is_stream and not packet.is_cut and walk.refusal and walk.refusal.needed
 end
 
 local function show(measured, packet, tree)
@@ -414,14 +398,14 @@ end
 
 -- Shows every message of the payload. What is behind a refused one is not decoded: nothing says where the next
 -- begins. The next segment is taken to begin with a message again.
-function relay.dissector(tvb, pinfo, tree)
+local function dissect(tvb, pinfo, tree)
     local size = tvb:captured_len()
     if size == 0 then
         return 0
     end
     local packet = {
         tvb = tvb,
-        is_stream = pinfo.port_type == 2 and pinfo.can_desegment > 0 and relay.prefs.desegment,
+        is_stream = pinfo.can_desegment > 0 and relay.prefs.desegment,
         is_cut = size < tvb:reported_len(),
     }
     local told = tonumber(pinfo.private.relaymsg_told or 0) -- in this packet: it may hold the ends of several PDUs
@@ -431,7 +415,7 @@ function relay.dissector(tvb, pinfo, tree)
         local good = walk:message()
         if must_wait(walk, packet) then
             pinfo.desegment_offset = at
-            pinfo.desegment_len = MORE
+            pinfo.desegment_len = DESEGMENT_ONE_MORE_SEGMENT
             break
         end
         walk.is_cut_short = packet.is_cut and walk.refusal and walk.refusal.needed
@@ -453,6 +437,8 @@ function relay.dissector(tvb, pinfo, tree)
     pinfo.cols.info:fence()
     return size
 end
+
+relay.dissector = dissect
 
 -- Which packets -------------------------------------------------------------------------------------------------
 
@@ -499,7 +485,7 @@ for _, transport in ipairs(transports) do
         if not relay.prefs.heuristic or not fits(tvb, transport == "tcp") then
             return false
         end
-        relay.dissector(tvb, pinfo, tree)
+        dissect(tvb, pinfo, tree) -- called through `relay` it could not ask for more of a stream
         pinfo.conversation = relay
         return true
     end)
