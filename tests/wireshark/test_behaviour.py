@@ -75,6 +75,8 @@ class Ports(unittest.TestCase):
         self.assertEqual(self.count(self.udp, ports=("-o", "relaymsg.udp_ports:9001")), 0)
 
     def test_the_last_choice_counts(self):
+        home = shark.file("home of choices")  # the preferences are written there
+        os.makedirs(os.path.join(home, ".config", "wireshark"))
         script = shark.file("choose.lua")
         for last, count in ("9001-9003", 0), ("", 0), ("8000,9000-9003", 1):
             with self.subTest(last=last):
@@ -82,7 +84,7 @@ class Ports(unittest.TestCase):
                     for ports in "9000", last:
                         print(f'set_preference("relaymsg.udp_ports", "{ports}") apply_preferences()', file=choose)
                 self.assertEqual(self.count(self.udp, "-X", "lua_script:" + shark.DISSECTOR, "-X", "lua_script:" + script,
-                                            dissector=None), count)
+                                            dissector=None, home=home), count)
 
     def test_decode_as(self):
         self.assertEqual(self.count(self.udp, "-d", "udp.port==9000,relaymsg"), 1)
