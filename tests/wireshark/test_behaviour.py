@@ -7,6 +7,7 @@ import unittest
 
 import messages
 import pcap
+import sample
 import shark
 
 NO_PORTS = ()
@@ -194,6 +195,18 @@ class Filters(unittest.TestCase):
             with self.subTest(filter=filter_text):
                 self.assertEqual("".join(self.matches(path, filter_text)), packets)
 
+    def test_those_of_the_page(self):
+        page = (messages.ROOT / "docs" / "wireshark.md").read_text(encoding="utf-8")
+        filters = re.findall(r"^\| `([^`]*(?:relaymsg)[^`]*)` \| (?!`)", page, re.MULTILINE)
+        self.assertGreater(len(filters), 10)
+        path = shark.file("session.pcap")
+        sample.main(path)
+        # Each finds something in the sample; but that has no text that is not UTF-8, and no long message.
+        for filter_text in filters:
+            with self.subTest(filter=filter_text):
+                found = self.matches(path, filter_text)
+                self.assertEqual(found == [], ".hex" in filter_text or ".length" in filter_text)
+
     def test_texts(self):
         texts = [b"", b'a"b\\c', b"tab\tnewline\nreturn\r bell\x07 delete\x7f", b"%s%n<&>", "äöü€𝄞".encode(), b"  blanks  ",
                  "\u0085\u202e\u2028\ufffd\ufeff\U0010ffff".encode(), b"\xff\x80x", b"\xc3", b"\xc0\x80", b"\xc1\xbf",
@@ -220,19 +233,19 @@ class InfoColumn(unittest.TestCase):
     def test_command_and_key_facts(self):
         path = datagrams("info.pcap", messages.heart_beat(7), frame_pack([20, 21, 22]), messages.heart_beat(1) * 2)
         self.assertEqual(info(path), [
-            "stCSRelayMsgHeartBeatReq UserID=1001 RoomID=7 AsyncID=258 Unused=7 v3",
-            "stRelayLockStep UserID=1001 RoomID=7 AsyncID=258 RelayData=3 FrameId=20..22 LastHasDataFrameId=19..21 v3",
-            "stCSRelayMsgHeartBeatReq UserID=1001 RoomID=7 AsyncID=258 Unused=1 v3 | "
-            "stCSRelayMsgHeartBeatReq UserID=1001 RoomID=7 AsyncID=258 Unused=1 v3",
+            "stCSRelayMsgHeartBeatReq v3 UserID=1001 RoomID=7 AsyncID=258 Unused=7",
+            "stRelayLockStep v3 UserID=1001 RoomID=7 AsyncID=258 RelayData=3 FrameId=20..22 LastHasDataFrameId=19..21",
+            "stCSRelayMsgHeartBeatReq v3 UserID=1001 RoomID=7 AsyncID=258 Unused=1 | "
+            "stCSRelayMsgHeartBeatReq v3 UserID=1001 RoomID=7 AsyncID=258 Unused=1",
         ])
 
     def test_refusals_and_unknown_commands(self):
         beat = messages.heart_beat(1)
         path = datagrams("info.pcap", beat[:-1], beat[:8] + b"\x04", bytes(messages.head(199, 1)))
         self.assertEqual(info(path), [
-            "stCSRelayMsgHeartBeatReq UserID=1001 RoomID=7 AsyncID=258 v3 [BIX_ERR_READ_UNDERFLOW]",
+            "stCSRelayMsgHeartBeatReq v3 UserID=1001 RoomID=7 AsyncID=258 [BIX_ERR_READ_UNDERFLOW]",
             "message [BIX_ERR_VERSION_OUT_OF_RANGE]",
-            "unknown command 199 UserID=1001 RoomID=7 AsyncID=258 v1",
+            "unknown command 199 v1 UserID=1001 RoomID=7 AsyncID=258",
         ])
 
     def test_several_messages_that_end_in_one_segment(self):

@@ -351,13 +351,10 @@ function Walk:name()
 end
 
 function Walk:summary()
-    local words = {self:name()}
+    local words = {self:name(), self.version and "v" .. self.version}
     for _, fact in ipairs(self.facts) do
         local first, last = tostring(fact.first), tostring(fact.last)
         words[#words + 1] = fact.name .. "=" .. first .. (first ~= last and ".." .. last or "")
-    end
-    if self.version then
-        words[#words + 1] = "v" .. self.version
     end
     if self.refusal then
         words[#words + 1] = "[" .. (self.is_cut_short and "cut short" or self.refusal.code) .. "]"
@@ -377,7 +374,7 @@ local function show(measured, packet, tree)
     local stop = refusal and measured.size or measured.at
     local item = tree:add(relay, packet.tvb:range(measured.start, stop - measured.start),
         relay.description .. ": " .. measured:summary())
-    item:add(message_length, measured.at - measured.start):set_generated()
+    local length = item:add(message_length, measured.at - measured.start):set_generated()
     local walk = walk_from(measured.start, packet, item)
     walk:message()
     if not refusal then
@@ -390,6 +387,7 @@ local function show(measured, packet, tree)
     if measured.is_cut_short then
         item:add_proto_expert_info(cut_short)
     else
+        length:append_text(" up to the refusal")
         local about = walk.refusal.item or rest or item
         about:add_proto_expert_info(refusals[refusal.code],
             refusal.code .. " at " .. refusal.path .. ": " .. refusal.words)
@@ -421,7 +419,7 @@ local function dissect(tvb, pinfo, tree)
         walk.is_cut_short = packet.is_cut and walk.refusal and walk.refusal.needed
             and walk.refusal.needed <= tvb:reported_len()
         if told == 0 then
-            pinfo.cols.protocol = "RelayMsg"
+            pinfo.cols.protocol = "Relay"
             pinfo.cols.info:clear()
         end
         told = told + 1
