@@ -1,5 +1,5 @@
 /// @file
-/// The protocol as JSON and Markdown, its committed copies, and what is said of changes.
+/// The protocol as JSON, as Markdown and as a dissector, its committed copies, and what is said of changes.
 #include "protocol/Schema.h"
 #include "tests/tool/Program.h"
 #include "tools/relaymsg/SchemaJson.h"
@@ -82,6 +82,11 @@ TEST(SchemaJson, isTheCommittedLock) {
 TEST(SchemaMarkdown, isTheCommittedPage) {
     EXPECT_TRUE(runTool({"schema", "--markdown"}).out == wire::file(REFERENCE_PAGE))
         << "`relaymsg schema --markdown` makes the page anew";
+}
+
+TEST(SchemaLua, isTheCommittedDissector) {
+    EXPECT_TRUE(runTool({"schema", "--lua"}).out == wire::file(DISSECTOR))
+        << "`relaymsg schema --lua` makes the dissector anew";
 }
 
 TEST(SchemaMarkdown, hasASectionForEachRecordAndNoDeadLink) {
