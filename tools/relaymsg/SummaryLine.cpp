@@ -47,7 +47,7 @@ void putOffset(Line& line, uint64_t offset) {
 /// The offset, and the length, whose last digit stands in column 25 unless not @p wide.
 void putPlace(Line& line, uint64_t offset, uint64_t length, bool wide = true) {
     putOffset(line, offset);
-    for (uint64_t most = wide ? 99999 : 9999; most > length && most > 9; most /= 10) {
+    for (uint64_t most = wide ? 99999 : 9999; most > length; most /= 10) {
         line.put(' '); // lengths of up to six digits end in one column
     }
     line.number(length);
