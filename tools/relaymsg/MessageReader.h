@@ -70,7 +70,7 @@ public:
     /// Whether it was searched for, or follows one that was: it may be none.
     bool guessed() const { return guessed_; }
 
-    /// Where it was captured; null if the input is no capture.
+    /// Where it was captured; always the same address, and null if the input is no capture.
     virtual const Origin* origin() const { return nullptr; }
 
     /// What else there is to say of a failure, a sentence; or nothing.
@@ -92,6 +92,18 @@ protected:
     static constexpr size_t WINDOW = cs_relay_msg::CSRelayMsg::maxWireSize;
 
     enum class Look { Message, Failure, More };
+
+    /// Whether a message stands at the start of @p bytes; if so, this stands at it.
+    bool lookOnce(char* bytes, size_t size) {
+        begin_ = bytes;
+        available_ = size;
+        if (unpack() != Korvan::BIX_OK) {
+            return false;
+        }
+        ++number_;
+        skipped_ = 0;
+        return true;
+    }
 
     /// Looks at the start of @p bytes for a message, of which the last look said `More` if @p again. @p over:
     /// no more bytes follow. `More`: not before `needed_` bytes are there.

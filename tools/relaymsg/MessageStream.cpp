@@ -9,17 +9,15 @@ namespace relaymsg {
 MessageStream::MessageStream(ByteSource& source, bool resync)
     : source_(source), resync_(resync), buffer_(new char[CAPACITY]) {}
 
-MessageStream::Next MessageStream::next() {
+MessageStream::Next MessageStream::nextSlowly() {
+    skipped_ = 0;
+    length_ = 0;
     if (failed_) {
         failed_ = false;
         if (!resync_ || !search()) {
             return Next::End;
         }
-    } else {
-        skipped_ = 0;
-        pass(length_);
     }
-    length_ = 0;
     await(1);
     if (unread() == 0) {
         return Next::End;
@@ -63,11 +61,6 @@ bool MessageStream::search() {
     skipped_ = offset_ - from;
     guessed_ = true;
     return true;
-}
-
-void MessageStream::pass(size_t bytes) {
-    at_ += bytes;
-    offset_ += bytes;
 }
 
 void MessageStream::await(size_t size) {

@@ -17,7 +17,16 @@ public:
     /// messages seem to follow each other again
     explicit MessageStream(ByteSource& source, bool resync = false);
 
-    Next next() override;
+    /// As a rule the next message is there already.
+    Next next() override {
+        if (!failed_) {
+            pass(length_);
+            if (lookOnce(at(), unread())) {
+                return Next::Message;
+            }
+        }
+        return nextSlowly();
+    }
     uint64_t countRest() override;
     const std::string& error() const override { return source_.error(); }
 
@@ -28,7 +37,11 @@ private:
 
     size_t unread() const { return end_ - at_; }
     char* at() { return buffer_.get() + at_; }
-    void pass(size_t bytes);
+    Next nextSlowly();
+    void pass(size_t bytes) {
+        at_ += bytes;
+        offset_ += bytes;
+    }
     void await(size_t size);
     void fill();
     bool search();

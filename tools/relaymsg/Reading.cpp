@@ -2,11 +2,7 @@
 
 namespace relaymsg {
 
-Reading::Next Reading::next() {
-    if (job_.out().error() != 0) {
-        return Next::End;
-    }
-    const Next found = messages_.next();
+void Reading::noteFailure(Next found) {
     if (found != Next::End && !failure_.empty()) {
         sayFailure();
     }
@@ -16,7 +12,6 @@ Reading::Next Reading::next() {
             failure_ = found == Next::Gap ? gapText(messages_) : failureText(messages_, unknown_);
         }
     }
-    return found;
 }
 
 bool Reading::nextMessage() {

@@ -8,6 +8,7 @@
 #include "tools/relaymsg/Job.h"
 #include "tools/relaymsg/Selection.h"
 
+#include <array>
 #include <string>
 
 namespace relaymsg {
@@ -16,7 +17,11 @@ class Reading {
 public:
     /// Reads messages from @p file. What is to be said, @p job says.
     Reading(Job& job, FileSource& file, const InputOptions& options)
-        : job_(job), name_(file.name()), input_(file, options), messages_(input_.messages()) {}
+        : job_(job), name_(file.name()), input_(file, options), messages_(input_.messages()) {
+        for (const auto& command : cs_relay_msg::schema::commands()) {
+            known_[command.id] = true;
+        }
+    }
 
     /// Reads messages from the input of @p job.
     Reading(Job& job, const InputOptions& options) : Reading(job, job.file(), options) {}
@@ -24,7 +29,13 @@ public:
     using Next = MessageReader::Next;
 
     /// Goes on to the next message or what is in its place; the end also if nobody reads the output.
-    Next next();
+    Next next() {
+        const Next found = job_.out().error() != 0 ? Next::End : messages_.next();
+        if (found != Next::Message || !failure_.empty()) {
+            noteFailure(found);
+        }
+        return found;
+    }
 
     /// Goes to the next message, past what is none; false if there is none.
     bool nextMessage();
@@ -33,16 +44,17 @@ public:
     /// each gap, until there are no more, or nobody reads the output.
     template <class Take, class Fail>
     void each(const Selection& selection, Take take, Fail fail) {
+        const bool all = selection.all();
         for (Next found; (found = next()) != Next::End;) {
             if (found != Next::Message) {
                 fail(messages_, found);
                 continue;
             }
-            if (selection.holds(messages_)) {
+            if (all || selection.holds(messages_)) {
                 take(messages_);
             }
             noteUnknown();
-            if (selection.endsAt(messages_)) {
+            if (!all && selection.endsAt(messages_)) {
                 return;
             }
         }
@@ -58,7 +70,7 @@ public:
 
     /// Says once that the message's command is unknown, if it is.
     void noteUnknown() {
-        if (messages_.command() == nullptr) {
+        if (!known_[messages_.message().stHead.bCmdId]) {
             sayUnknown();
         }
     }
@@ -69,6 +81,7 @@ private:
     void say(const std::string& text) { job_.say(name_ + ": " + text); }
     void sayUnknown();
     void sayFailure();
+    void noteFailure(Next found);
 
     Job& job_;
     std::string name_;
@@ -77,6 +90,7 @@ private:
     uint64_t failures_ = 0;
     std::string failure_; ///< the last one, if it is still to be said
     UnknownCommand unknown_;
+    std::array<bool, 256> known_{}; ///< the commands, by id
 };
 
 } // namespace relaymsg

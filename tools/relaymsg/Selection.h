@@ -26,6 +26,11 @@ struct Selection {
                (!room || *room == head.dwRoomID);
     }
 
+    /// Whether every message is wanted.
+    bool all() const {
+        return commands.none() && !user && !room && from <= 1 && to == std::numeric_limits<uint64_t>::max();
+    }
+
     /// Whether no later message can be wanted.
     bool endsAt(const MessageReader& stream) const { return stream.number() >= to; }
 };

@@ -51,16 +51,6 @@ std::string totalJson(const Total& total) {
 
 } // namespace
 
-void Statistics::add(uint8_t command, uint32_t user, size_t size) {
-    commands_[command].total.add(size);
-    commands_[command].sizes.add(static_cast<uint32_t>(size));
-    Recent& recent = recent_[user % recent_.size()];
-    if (recent.total == nullptr || recent.user != user) {
-        recent = {user, &totalOf(user)};
-    }
-    recent.total->add(size);
-}
-
 void Statistics::addTime(int64_t nanoseconds) {
     const int64_t second = nanoseconds / SECOND;
     times_.first = times_.count == 0 ? nanoseconds : std::min(times_.first, nanoseconds);

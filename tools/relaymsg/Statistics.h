@@ -29,7 +29,15 @@ public:
     /// @param mostUsers how many users are told apart: the first so many that occur
     explicit Statistics(size_t mostUsers) : mostUsers_(mostUsers) {}
 
-    void add(uint8_t command, uint32_t user, size_t size);
+    void add(uint8_t command, uint32_t user, size_t size) {
+        commands_[command].total.add(size);
+        commands_[command].sizes.add(static_cast<uint32_t>(size));
+        Recent& recent = recent_[user % recent_.size()];
+        if (recent.total == nullptr || recent.user != user) {
+            recent = {user, &totalOf(user)};
+        }
+        recent.total->add(size);
+    }
 
     /// Takes the time of a message, in nanoseconds since 1970.
     void addTime(int64_t nanoseconds);

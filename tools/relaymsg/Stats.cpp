@@ -9,10 +9,11 @@ ExitStatus stats(const StatsOptions& options) {
     Job job(options.file);
     const auto statistics = std::make_unique<Statistics>(options.users);
     Reading reading(job, options.input);
+    const Origin* const origin = reading.messages().origin();
     const auto take = [&](MessageReader& stream) {
         const auto& head = stream.message().stHead;
         statistics->add(head.bCmdId, head.dwUserID, stream.bytes().size());
-        if (const Origin* origin = stream.origin()) {
+        if (origin != nullptr) {
             statistics->addTime(origin->nanoseconds);
         }
     };
