@@ -2,12 +2,13 @@
 //
 // Holds: bytes, messages and complaints do not depend on how the input is cut into reads; the messages lie
 // one behind the other; and what is printed of them, hostile text included, is lines of which no control
-// character is part. (Byte 0: the form. Byte 1: the cuts.)
+// character is part. Captures in the same way, given as the records of a pcap file. (Byte 0: the form. Byte
+// 1: the cuts; of a capture, also its links and its limits.)
 #include "fuzz/Require.h"
 #include "fuzz/Target.h"
 #include "tests/tool/Sources.h"
 #include "tools/relaymsg/FailureReport.h"
-#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Input.h"
 #include "tools/relaymsg/JsonFault.h"
 #include "tools/relaymsg/MessageJson.h"
 #include "tools/relaymsg/MessageStream.h"
@@ -47,8 +48,8 @@ private:
 
 std::string bytesOf(std::string_view text, InputForm form, CutSource::NextSize cuts) {
     CutSource source(text, std::move(cuts));
-    const std::unique_ptr<ByteSource> opened = openForm(source, form);
-    Beginning beginning(*opened);
+    const OpenedForm opened = openForm(source, form);
+    Beginning beginning(*opened.bytes);
     std::string bytes;
     char piece[512];
     while (const size_t count = beginning.read(piece, sizeof(piece))) {
@@ -101,8 +102,8 @@ struct Report {
 /// All that the tool tells of the messages.
 Report reportOf(std::string_view text, InputForm form, CutSource::NextSize cuts, Print print) {
     CutSource source(text, std::move(cuts));
-    const std::unique_ptr<ByteSource> opened = openForm(source, form);
-    Beginning beginning(*opened);
+    const OpenedForm opened = openForm(source, form);
+    Beginning beginning(*opened.bytes);
     MessageStream stream(beginning);
     Printed printed;
     Output out(printed.fd());
@@ -161,10 +162,53 @@ void readHostileJson(std::string_view text) {
     KORVAN_REQUIRE(!packed(*message).empty());
 }
 
+/// All that the tool tells of a capture.
+std::string captureReport(std::string_view file, const InputOptions& options, CutSource::NextSize cuts) {
+    CutSource source(file, std::move(cuts));
+    Input input(source, options);
+    MessageReader& messages = input.messages();
+    Printed printed;
+    Output out(printed.fd());
+    SummaryPrinter printer(out);
+    for (MessageReader::Next next; (next = messages.next()) != MessageReader::Next::End;) {
+        if (next == MessageReader::Next::Message) {
+            printer.message(messages);
+        } else if (next == MessageReader::Next::Gap) {
+            printer.gap(messages);
+            out.append(gapText(messages));
+        } else {
+            printer.failure(messages);
+            out.append(failureText(messages, {}));
+        }
+    }
+    for (const std::string& sentence : messages.leftOut()) {
+        out.append(sentence + '\n');
+    }
+    out.append(messages.error() + '\n');
+    out.flush();
+    return printed.text();
+}
+
 bool isClean(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) {
         return c == '\n' || (static_cast<unsigned char>(c) >= ' ' && c != '\x7F');
     });
+}
+
+/// @param shape the link, and how much is kept
+void readCapture(unsigned shape, std::string_view records) {
+    constexpr char LINKS[] = {1, 101, 113, 0};
+    std::string file("\xd4\xc3\xb2\xa1\x02\0\x04\0\0\0\0\0\0\0\0\0\0\0\x04\0\0\0\0\0", 24);
+    file[20] = LINKS[shape % 4];
+    file += records;
+    InputOptions options;
+    options.form = InputForm::Capture;
+    options.resync = (shape & 4) != 0;
+    options.capture.connections = 1 + shape / 8 % 4;
+    options.capture.held = shape / 32 % 2;
+    const std::string report = captureReport(file, options, whole());
+    KORVAN_REQUIRE(report == captureReport(file, options, randomPieces(shape)));
+    KORVAN_REQUIRE(isClean(report));
 }
 
 } // namespace
@@ -174,6 +218,10 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     }
     constexpr InputForm FORMS[] = {InputForm::Detect, InputForm::Raw, InputForm::Hex, InputForm::Base64};
+    if ((data[0] & 0x10) != 0) {
+        readCapture(data[1], {reinterpret_cast<const char*>(data) + 2, size - 2});
+        return 0;
+    }
     const InputForm form = FORMS[data[0] % 4];
     const unsigned what = data[0] / 4 % 4;
     const unsigned seed = data[1];

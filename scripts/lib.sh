@@ -11,6 +11,9 @@ builds=${KORVAN_BUILD_DIR:-$root/build} # set KORVAN_BUILD_DIR when the source t
 # library) if dpkg has it.
 # shellcheck disable=SC2034 # the scripts that source this use it
 build_tools=("cmake=cmake" "ninja-build=ninja" "g++=c++")
+# What the whole test suite needs besides: for the tests, the tool in full, the examples.
+# shellcheck disable=SC2034
+test_needs=(libgtest-dev libasio-dev libcli11-dev nlohmann-json3-dev libpcap-dev python3=python3)
 cmake_floor=3.25
 
 say() { printf '%s\n' "$*" >&2; }

@@ -15,7 +15,7 @@ std::string read(std::string_view text, InputForm form, CutSource::NextSize cuts
     const auto input = openForm(source, form);
     std::string bytes;
     char piece[7];
-    while (const size_t count = input->read(piece, sizeof(piece))) {
+    while (const size_t count = input.bytes->read(piece, sizeof(piece))) {
         bytes.append(piece, count);
     }
     return bytes;

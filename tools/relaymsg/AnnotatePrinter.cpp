@@ -6,7 +6,6 @@
 #include "tools/relaymsg/SummaryLine.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace relaymsg {
 
@@ -17,16 +16,6 @@ namespace {
 constexpr size_t PER_LINE = 8;
 constexpr size_t OFFSET_WIDTH = 8;
 constexpr size_t UNDECODED = 64; // bytes that are shown where decoding ended
-
-/// The number of bytes that @p input still has.
-uint64_t countBytes(ByteSource& input) {
-    std::vector<char> bytes(64 * 1024);
-    uint64_t count = 0;
-    while (const size_t read = input.read(bytes.data(), bytes.size())) {
-        count += read;
-    }
-    return count;
-}
 
 /// Prints rows of a message that begins at @p base in the stream.
 class Rows : public FieldVisitor {
@@ -91,20 +80,20 @@ private:
 
 } // namespace
 
-void AnnotatePrinter::message(const MessageStream& stream) {
+void AnnotatePrinter::message(const MessageReader& stream) {
     printSummary(stream, out_);
     Rows rows(out_, stream.bytes(), stream.offset());
     walkMessage(stream.bytes(), rows);
 }
 
-void AnnotatePrinter::failure(const MessageStream& stream) {
+void AnnotatePrinter::failure(MessageReader& stream) {
     printFailedSummary(stream, out_);
     const std::string_view all = stream.availableBytes();
     Rows rows(out_, all, stream.offset());
     walkMessage(all, rows);
     const size_t shown = hideRest_ ? rows.end() : std::min(all.size(), rows.end() + UNDECODED);
     rows.row(rows.end(), shown, "(not decoded)", "");
-    const uint64_t left = all.size() - shown + countBytes(input_);
+    const uint64_t left = all.size() - shown + stream.countRest();
     if (left != 0) {
         out_.append("  and " + std::to_string(left) + " bytes more, not decoded\n");
     }

@@ -11,17 +11,15 @@ namespace relaymsg {
 /// the first bytes are shown and the others counted.
 class AnnotatePrinter : public Printer {
 public:
-    /// @param input what the stream reads: after a failure, what is left of it is counted
     /// @param hideRest whether bytes that could not be decoded are only counted
-    AnnotatePrinter(Output& out, ByteSource& input, bool hideRest)
-        : out_(out), input_(input), hideRest_(hideRest) {}
+    AnnotatePrinter(Output& out, bool hideRest) : out_(out), hideRest_(hideRest) {}
 
-    void message(const MessageStream& stream) override;
-    void failure(const MessageStream& stream) override;
+    void message(const MessageReader& stream) override;
+    void failure(MessageReader& stream) override;
+    void gap(const MessageReader& stream) override { printGap(stream, out_); }
 
 private:
     Output& out_;
-    ByteSource& input_;
     bool hideRest_;
 };
 

@@ -5,7 +5,7 @@
 
 #include "protocol/Schema.h"
 #include "tools/relaymsg/ExitStatus.h"
-#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Input.h"
 #include "tools/relaymsg/Selection.h"
 
 #include <CLI/CLI.hpp>
@@ -26,6 +26,9 @@ void addDiff(CLI::App& app, ExitStatus& status);
 void addSchema(CLI::App& app, ExitStatus& status);
 void addStats(CLI::App& app, ExitStatus& status);
 /// @}
+
+/// Makes @p app the tool's command line, with all commands of this build.
+void addAll(CLI::App& app, ExitStatus& status);
 
 /// The exit statuses in words, for a command's help.
 inline std::string exitStatuses() {
@@ -51,18 +54,13 @@ CLI::Option* addParsed(CLI::App& app, const char* name, Value& target,
     return app.add_option_function<std::string>(name, take, description);
 }
 
-/// Adds the option for the form of the input.
-inline void addForm(CLI::App& app, InputForm& form) {
-    addParsed(app, "--format", form, parseForm, "must be raw, hex or base64",
-              "The form of the input; by default its first bytes tell it")
-        ->type_name("raw|hex|base64");
+/// Adds the argument for the input.
+inline void addFile(CLI::App& app, std::string& file) {
+    app.add_option("FILE", file, "What to read; - is standard input")->type_name("");
 }
 
-/// Adds what tells the input and its form.
-inline void addInput(CLI::App& app, std::string& file, InputForm& form) {
-    app.add_option("FILE", file, "What to read; - is standard input")->type_name("");
-    addForm(app, form);
-}
+/// Adds the options that tell how an input is read.
+void addInput(CLI::App& app, InputOptions& options);
 
 /// Adds the options that choose messages.
 void addSelection(CLI::App& app, Selection& selection);

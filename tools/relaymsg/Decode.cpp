@@ -10,14 +10,14 @@ namespace relaymsg {
 
 namespace {
 
-std::unique_ptr<Printer> makePrinter(const DecodeOptions& options, Output& out, ByteSource& input) {
+std::unique_ptr<Printer> makePrinter(const DecodeOptions& options, Output& out) {
     switch (options.view) {
     case View::Summary:
         return std::make_unique<SummaryPrinter>(out);
     case View::Json:
         return std::make_unique<JsonPrinter>(out);
     case View::Annotate:
-        return std::make_unique<AnnotatePrinter>(out, input, options.redact);
+        return std::make_unique<AnnotatePrinter>(out, options.redact);
     case View::Text:
         break;
     }
@@ -28,21 +28,26 @@ std::unique_ptr<Printer> makePrinter(const DecodeOptions& options, Output& out, 
 
 ExitStatus decode(const DecodeOptions& options) {
     Job job(options.file);
-    const auto bytes = openForm(job.file(), options.form);
-    const auto printer = makePrinter(options, job.out(), *bytes);
-    Reading reading(job, *bytes);
-    reading.each(options.selection, [&](MessageStream& stream) {
+    const auto printer = makePrinter(options, job.out());
+    Reading reading(job, options.input);
+    const auto redact = [&](MessageReader& stream) {
         if (options.redact) {
             stream.redact();
         }
+    };
+    const auto take = [&](MessageReader& stream) {
+        redact(stream);
         printer->message(stream);
-    });
-    if (reading.failed()) {
-        if (options.redact) {
-            reading.stream().redact();
+    };
+    const auto fail = [&](MessageReader& stream, MessageReader::Next what) {
+        if (what == MessageReader::Next::Gap) {
+            printer->gap(stream);
+        } else {
+            redact(stream);
+            printer->failure(stream);
         }
-        printer->failure(reading.stream());
-    }
+    };
+    reading.each(options.selection, take, fail);
     if (reading.any()) {
         printer->end();
     }

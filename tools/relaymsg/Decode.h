@@ -4,7 +4,7 @@
 #define KORVAN_TOOLS_RELAYMSG_DECODE_H
 
 #include "tools/relaymsg/ExitStatus.h"
-#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Input.h"
 #include "tools/relaymsg/Selection.h"
 
 #include <string>
@@ -16,7 +16,7 @@ enum class View { Text, Summary, Json, Annotate };
 
 struct DecodeOptions {
     std::string file = "-";
-    InputForm form = InputForm::Detect;
+    InputOptions input;
     View view = View::Text;
     int indent = 1;
     char separator = '\n';

@@ -14,7 +14,7 @@ namespace {
 
 /// A message that was read and not yet compared.
 struct Kept {
-    explicit Kept(const MessageStream& stream)
+    explicit Kept(const MessageReader& stream)
         : number(stream.number()), offset(stream.offset()), command(stream.message().stHead.bCmdId),
           user(stream.message().stHead.dwUserID), bytes(stream.bytes()),
           hash(std::hash<std::string_view>()(bytes)) {}
@@ -39,15 +39,14 @@ bool alike(const Kept& a, const Kept& b) {
 /// One of the streams, and the messages ahead in it.
 class Side {
 public:
-    Side(Job& job, FileSource& file, InputForm form)
-        : bytes_(openForm(file, form)), reading_(job, *bytes_, file.name()) {}
+    Side(Job& job, FileSource& file, const DiffOptions& options) : reading_(job, file, options.input) {}
 
     /// Looks as far ahead as @p count messages.
     void fill(size_t count) {
         while (!over_ && ahead.size() < count) {
-            over_ = !reading_.next();
+            over_ = !reading_.nextMessage();
             if (!over_) {
-                ahead.emplace_back(reading_.stream());
+                ahead.emplace_back(reading_.messages());
                 reading_.noteUnknown();
             }
         }
@@ -62,7 +61,6 @@ public:
     std::deque<Kept> ahead;
 
 private:
-    std::unique_ptr<ByteSource> bytes_;
     Reading reading_;
     bool over_ = false;
 };
@@ -70,8 +68,8 @@ private:
 class Comparison {
 public:
     explicit Comparison(const DiffOptions& options)
-        : window_(options.window), job_(options.a), fileB_(options.b), a_(job_, job_.file(), options.form),
-          b_(job_, fileB_, options.form) {}
+        : window_(options.window), job_(options.a), fileB_(options.b), a_(job_, job_.file(), options),
+          b_(job_, fileB_, options), redact_(options.redact) {}
 
     DiffStatus run() {
         while (job_.out().error() == 0) {
@@ -161,7 +159,7 @@ private:
 
     void printPair(const Kept& a, const Kept& b) {
         job_.out().append("! " + where(a) + "  " + where(b) + "  " + what(a));
-        job_.out().append(fieldDifferences(a.bytes, b.bytes));
+        job_.out().append(fieldDifferences(a.bytes, b.bytes, redact_));
     }
 
     size_t window_;
@@ -169,6 +167,7 @@ private:
     FileSource fileB_;
     Side a_;
     Side b_;
+    bool redact_;
     bool different_ = false;
 };
 

@@ -3,7 +3,7 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_DIFF_H
 #define KORVAN_TOOLS_RELAYMSG_DIFF_H
 
-#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Input.h"
 
 #include <string>
 
@@ -15,7 +15,8 @@ enum class DiffStatus : int { Same, Different, Trouble };
 struct DiffOptions {
     std::string a;
     std::string b;
-    InputForm form = InputForm::Detect;
+    InputOptions input;
+    bool redact = false;
     size_t window = 32; ///< how many messages of either stream are looked through for one that is in both
 };
 

@@ -19,8 +19,9 @@ Two messages are compared if their command and their user are the same. Where
 the streams part, --window messages of each are looked through for the place
 where they meet again.
 
-Example:
+Examples:
   relaymsg diff before.bin after.bin
+  relaymsg diff --redact --port 9000 client.pcap server.pcap
 
 Exit status:
   0  the messages are the same
@@ -35,10 +36,12 @@ void addDiff(CLI::App& app, ExitStatus& status) {
     CLI::App& diff = *app.add_subcommand("diff", "Compare the messages of two recorded streams");
     diff.add_option("A", options->a, "One stream")->type_name("")->required();
     diff.add_option("B", options->b, "The other")->type_name("")->required();
-    addForm(diff, options->form);
+    addInput(diff, options->input);
     diff.add_option("--window", options->window, "Look through N messages of each stream (default 32)")
         ->check(CLI::Range(1, 1024).description(""))
         ->type_name("N");
+    diff.add_flag("--redact", options->redact,
+                  "Show asterisks in place of signatures and addresses (szSigBuf, szUser_ip)");
     diff.footer(HELP);
     diff.callback([options, &status] {
         if (options->a == "-" && options->b == "-") {

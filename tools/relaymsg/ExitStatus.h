@@ -17,8 +17,9 @@ struct ExitMeaning {
 inline constexpr ExitMeaning EXIT_MEANINGS[] = {
     {ExitStatus::Ok, "all was done, or the reader of the output had enough"},
     {ExitStatus::Usage, "the command line is wrong"},
-    {ExitStatus::Input, "the input cannot be read, is empty, or is no hexadecimal text where it should be"},
-    {ExitStatus::Decode, "a message could not be decoded; all before it were"},
+    {ExitStatus::Input,
+     "the input cannot be read, holds no message, or is not of the form that it should be"},
+    {ExitStatus::Decode, "a message could not be decoded, or bytes are missing; all before were decoded"},
     {ExitStatus::UnknownCommand,
      "all was decoded, but a command was unknown: what follows it may be its body"},
     {ExitStatus::Output, "the output could not be written"},

@@ -10,7 +10,7 @@ namespace relaymsg {
 namespace {
 
 /// The numbers behind the failure.
-std::string particulars(const MessageStream& stream) {
+std::string particulars(const MessageReader& stream) {
     const Stop& stop = stream.stop();
     const std::string value = std::to_string(stop.value);
     const std::string most = std::to_string(stop.most);
@@ -35,6 +35,14 @@ std::string particulars(const MessageStream& stream) {
     }
 }
 
+/// Behind an offset: of what it is one.
+std::string originText(const MessageReader& stream) {
+    const Origin* const origin = stream.origin();
+    return origin == nullptr
+               ? ""
+               : " of " + flowText(origin->flow) + " in packet " + std::to_string(origin->packet);
+}
+
 } // namespace
 
 std::string offsetText(uint64_t offset) {
@@ -43,14 +51,14 @@ std::string offsetText(uint64_t offset) {
     return text;
 }
 
-std::string messageText(const MessageStream& stream) {
+std::string messageText(const MessageReader& stream) {
     const auto* command = stream.command();
     return "message " + std::to_string(stream.number()) +
            (command != nullptr ? std::string(" (") + command->name + ")" : "") + " at offset " +
-           offsetText(stream.offset());
+           offsetText(stream.offset()) + originText(stream);
 }
 
-std::string failureText(const MessageStream& stream, const UnknownCommand& unknown) {
+std::string failureText(const MessageReader& stream, const UnknownCommand& unknown) {
     const Stop& stop = stream.stop();
     std::string text = messageText(stream) + " cannot be decoded.\n";
     text += "  field " + stop.path + " at offset " + offsetText(stream.offset() + stop.offset) + "\n";
@@ -60,14 +68,24 @@ std::string failureText(const MessageStream& stream, const UnknownCommand& unkno
     if (!numbers.empty()) {
         text += "  " + numbers + "\n";
     }
-    if (unknown.number != 0) {
+    const std::string hint = stream.hint();
+    if (!hint.empty()) {
+        text += "  " + hint + "\n";
+    }
+    // In a capture, messages that follow each other need not belong together.
+    if (unknown.number != 0 && (stream.origin() == nullptr || unknown.end == stream.offset())) {
         text += "  Message " + std::to_string(unknown.number) + " has the unknown command " +
                 std::to_string(unknown.id) + ": what begins at offset " + offsetText(unknown.end) +
                 " may be its body.\n";
-    } else if (stream.number() == 1) {
+    } else if (stream.number() == 1 && stream.origin() == nullptr) {
         text += "  Nothing was decoded: is this a stream of relay messages, from its start?\n";
     }
     return text;
+}
+
+std::string gapText(const MessageReader& stream) {
+    return "the capture lacks " + std::to_string(stream.missing()) + " bytes at offset " +
+           offsetText(stream.offset()) + originText(stream) + ".\n";
 }
 
 } // namespace relaymsg

@@ -3,7 +3,7 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_FAILURE_REPORT_H
 #define KORVAN_TOOLS_RELAYMSG_FAILURE_REPORT_H
 
-#include "tools/relaymsg/MessageStream.h"
+#include "tools/relaymsg/MessageReader.h"
 
 #include <string>
 
@@ -20,10 +20,13 @@ struct UnknownCommand {
 std::string offsetText(uint64_t offset);
 
 /// Which message it is, such as "message 3 (stRelayLoginReq) at offset 132 (0x84)".
-std::string messageText(const MessageStream& stream);
+std::string messageText(const MessageReader& stream);
 
 /// Where and why @p stream failed, in sentences, one a line.
-std::string failureText(const MessageStream& stream, const UnknownCommand& unknown);
+std::string failureText(const MessageReader& stream, const UnknownCommand& unknown);
+
+/// What is missing in the gap that @p stream stands at.
+std::string gapText(const MessageReader& stream);
 
 } // namespace relaymsg
 

@@ -2,6 +2,7 @@
 
 #include "tools/relaymsg/FieldWalk.h"
 #include "tools/relaymsg/JsonText.h"
+#include "tools/relaymsg/Redaction.h"
 
 #include <map>
 #include <vector>
@@ -13,34 +14,46 @@ namespace {
 struct FieldValue {
     std::string path;
     std::string value;
+    std::string shown;
 };
 
 class Collector : public FieldVisitor {
 public:
+    explicit Collector(bool redact) : redact_(redact) {}
+
     void leaf(const Leaf& leaf) override {
-        FieldValue field{leaf.path.text(), ""};
+        FieldValue field{leaf.path.text(), "", ""};
         appendJsonValue(field.value, leaf);
+        field.shown = field.value;
+        if (redact_ && isSecret(leaf.field)) {
+            const std::string asterisks(leaf.bytes.size(), '*');
+            field.shown.clear();
+            appendJsonString(field.shown, asterisks);
+        }
         fields.push_back(std::move(field));
     }
 
     std::vector<FieldValue> fields;
+
+private:
+    bool redact_;
 };
 
-std::vector<FieldValue> fieldsOf(std::string_view message) {
-    Collector collector;
+std::vector<FieldValue> fieldsOf(std::string_view message, bool redact) {
+    Collector collector(redact);
     walkMessage(message, collector);
     return std::move(collector.fields);
 }
 
 std::string line(const char* sign, const FieldValue& field) {
-    return std::string("    ") + sign + ' ' + field.path + "  " + field.value + '\n';
+    return std::string("    ") + sign + ' ' + field.path + "  " + field.shown + '\n';
 }
 
 } // namespace
 
-std::string fieldDifferences(std::string_view a, std::string_view b) {
-    const std::vector<FieldValue> before = fieldsOf(a);
-    const std::vector<FieldValue> after = fieldsOf(b);
+std::string fieldDifferences(std::string_view a, std::string_view b, bool redact) {
+    const std::vector<FieldValue> before = fieldsOf(a, redact);
+    const std::vector<FieldValue> after = fieldsOf(b, redact);
     std::map<std::string_view, const FieldValue*> left; // of those after, what is not looked at yet
     for (const FieldValue& field : after) {
         left.emplace(field.path, &field);

@@ -20,6 +20,8 @@ FileSource::FileSource(const std::string& path) {
         fail(std::string("cannot be opened: ") + std::strerror(errno) + ".");
     } else if (S_ISDIR(info.st_mode)) {
         fail("is a directory, not a recorded stream.");
+    } else if (S_ISREG(info.st_mode)) {
+        size_ = static_cast<uint64_t>(info.st_size);
     }
 }
 
@@ -44,6 +46,10 @@ size_t FileSource::read(char* to, size_t size) {
     for (;;) {
         const ssize_t count = ::read(fd_, to, size);
         if (count >= 0) {
+            done_ += static_cast<uint64_t>(count);
+            if (size_ != 0) {
+                afterRead_(done_, size_);
+            }
             return static_cast<size_t>(count);
         }
         if (errno == EAGAIN || errno == EWOULDBLOCK) { // standard input may have been made non-blocking

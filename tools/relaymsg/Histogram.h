@@ -20,13 +20,15 @@ public:
             counts_.resize(bucket + 1);
         }
         ++counts_[bucket];
-        least_ = count_ == 0 ? value : std::min(least_, value);
-        most_ = std::max(most_, value);
+        if (value < least_ || value > most_) { // seldom
+            least_ = std::min(least_, value);
+            most_ = std::max(most_, value);
+        }
         ++count_;
     }
 
     uint64_t count() const { return count_; }
-    uint32_t least() const { return least_; }
+    uint32_t least() const { return std::min(least_, most_); }
     uint32_t most() const { return most_; }
 
     /// The smallest value that at least @p percent of all values do not exceed.
@@ -37,7 +39,7 @@ public:
         for (size_t bucket = 0; bucket < counts_.size(); ++bucket) {
             seen += counts_[bucket];
             if (seen >= rank) {
-                return std::clamp(lastOf(bucket), least_, most_);
+                return std::clamp(lastOf(bucket), least(), most_);
             }
         }
         return most_;
@@ -63,7 +65,7 @@ private:
 
     std::vector<uint64_t> counts_;
     uint64_t count_ = 0;
-    uint32_t least_ = 0;
+    uint32_t least_ = UINT32_MAX;
     uint32_t most_ = 0;
 };
 

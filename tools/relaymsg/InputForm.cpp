@@ -2,6 +2,7 @@
 
 #include "tools/relaymsg/Base64Text.h"
 #include "tools/relaymsg/HexText.h"
+#include "tools/relaymsg/PacketFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -72,30 +73,34 @@ std::optional<InputForm> parseForm(std::string_view name) {
     if (name == "base64") {
         return InputForm::Base64;
     }
+    if (name == "pcap") {
+        return InputForm::Capture;
+    }
     return std::nullopt;
 }
 
 InputForm detectForm(std::string_view start) {
-    return HexText::canBegin(start)      ? InputForm::Hex
+    return isCapture(start)              ? InputForm::Capture
+           : HexText::canBegin(start)    ? InputForm::Hex
            : Base64Text::canBegin(start) ? InputForm::Base64
                                          : InputForm::Raw;
 }
 
-std::unique_ptr<ByteSource> openForm(ByteSource& input, InputForm form) {
+OpenedForm openForm(ByteSource& input, InputForm form) {
     auto peeked = std::make_unique<Peeked>(input);
     if (form == InputForm::Detect) {
         form = detectForm(peeked->peek(DETECTION_SIZE));
-        if (form != InputForm::Raw) {
+        if (form == InputForm::Hex || form == InputForm::Base64) {
             form = detectForm(peeked->peek(TEXT_DETECTION_SIZE));
         }
     }
     if (form == InputForm::Hex) {
-        return std::make_unique<TextInput<HexText>>(std::move(peeked));
+        return {form, std::make_unique<TextInput<HexText>>(std::move(peeked))};
     }
     if (form == InputForm::Base64) {
-        return std::make_unique<TextInput<Base64Text>>(std::move(peeked));
+        return {form, std::make_unique<TextInput<Base64Text>>(std::move(peeked))};
     }
-    return peeked;
+    return {form, std::move(peeked)};
 }
 
 } // namespace relaymsg

@@ -11,7 +11,7 @@
 
 namespace relaymsg {
 
-enum class InputForm { Detect, Raw, Hex, Base64 };
+enum class InputForm { Detect, Raw, Hex, Base64, Capture };
 
 /// The form with this name; nothing if there is none.
 std::optional<InputForm> parseForm(std::string_view name);
@@ -26,8 +26,14 @@ inline constexpr size_t TEXT_DETECTION_SIZE = 16;
 /// The form of an input that begins with @p start: so many bytes, or all that it has.
 InputForm detectForm(std::string_view start);
 
-/// The bytes that @p input, which must outlive the result, holds in the form @p form.
-std::unique_ptr<ByteSource> openForm(ByteSource& input, InputForm form);
+/// Bytes and the form that they are in; those of a text are what it stands for.
+struct OpenedForm {
+    InputForm form;
+    std::unique_ptr<ByteSource> bytes;
+};
+
+/// Opens @p input, which must outlive the result.
+OpenedForm openForm(ByteSource& input, InputForm form);
 
 } // namespace relaymsg
 

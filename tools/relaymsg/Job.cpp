@@ -31,14 +31,18 @@ ExitStatus finish(Output& out, ExitStatus status) {
 
 Job::Job(const std::string& path) : file_(path), out_(STDOUT_FILENO) {
     file_.onWait([this] { out_.flush(); });
+    file_.onProgress([this](uint64_t done, uint64_t total) { progress_.show(done, total); });
+    out_.onWrite([this] { progress_.clear(); });
 }
 
 void Job::say(const std::string& text) {
     out_.flush();
+    progress_.clear();
     sayAlone(text);
 }
 
 ExitStatus Job::end(ExitStatus status) {
+    progress_.clear();
     return finish(out_, status);
 }
 

@@ -6,6 +6,7 @@
 #include "tools/relaymsg/ExitStatus.h"
 #include "tools/relaymsg/FileSource.h"
 #include "tools/relaymsg/Output.h"
+#include "tools/relaymsg/Progress.h"
 
 #include <string>
 #include <string_view>
@@ -15,7 +16,7 @@ namespace relaymsg {
 class Job {
 public:
     /// Reads @p path, or standard input if it is "-", and prints to standard output: at the latest when it
-    /// has to wait for input.
+    /// has to wait for input. Of a long file, a terminal that is standard error shows how far it is.
     explicit Job(const std::string& path);
 
     FileSource& file() { return file_; }
@@ -33,6 +34,7 @@ public:
 private:
     FileSource file_;
     Output out_;
+    Progress progress_;
 };
 
 /// Prints @p text to standard output.

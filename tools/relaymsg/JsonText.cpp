@@ -151,4 +151,22 @@ void appendJson(std::string& to, std::string_view bytes) {
     to += '}';
 }
 
+void appendJson(std::string& to, const MessageReader& stream) {
+    appendJson(to, stream.bytes());
+    const auto key = [&](const char* name) { to.append(",\"").append(name).append("\":"); };
+    if (const Origin* origin = stream.origin()) {
+        to.pop_back();
+        key(PACKET_KEY);
+        to += "{\"number\":" + std::to_string(origin->packet) +
+              ",\"time\":" + secondsText(origin->nanoseconds) + ",\"protocol\":\"" + origin->flow.protocol() +
+              "\",\"from\":\"" + endpointText(origin->flow, origin->flow.from) + "\",\"to\":\"" +
+              endpointText(origin->flow, origin->flow.to) + "\"}}";
+    }
+    if (stream.guessed()) {
+        to.pop_back();
+        key(GUESS_KEY);
+        to += "true}";
+    }
+}
+
 } // namespace relaymsg

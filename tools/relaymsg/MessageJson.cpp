@@ -3,6 +3,7 @@
 #include "protocol/Schema.h"
 #include "tools/relaymsg/HexDigits.h"
 #include "tools/relaymsg/JsonParse.h"
+#include "tools/relaymsg/JsonText.h"
 
 #include <algorithm>
 #include <charconv>
@@ -122,7 +123,9 @@ public:
     void read() {
         mustBeObject(at_);
         for (const auto& member : at_.value.items()) {
-            fieldNamed(member.key());
+            if (!at_.path.empty() || (member.key() != PACKET_KEY && member.key() != GUESS_KEY)) {
+                fieldNamed(member.key());
+            }
         }
         for (const Field& field : type_) {
             if (field.kind == Kind::Union) {

@@ -1,79 +1,79 @@
 #include "tools/relaymsg/MessageStream.h"
 
-#include "tools/relaymsg/Redaction.h"
-
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace relaymsg {
 
-using namespace cs_relay_msg;
+MessageStream::MessageStream(ByteSource& source, bool resync)
+    : source_(source), resync_(resync), buffer_(new char[CAPACITY]) {}
 
-MessageStream::MessageStream(ByteSource& source)
-    : source_(source), buffer_(new char[CAPACITY]), message_(std::make_unique<CSRelayMsg>()) {}
-
-MessageStream::Next MessageStream::next() {
-    begin_ += length_;
-    offset_ += length_;
+MessageStream::Next MessageStream::nextSlowly() {
+    skipped_ = 0;
     length_ = 0;
+    if (failed_) {
+        failed_ = false;
+        if (!resync_ || !search()) {
+            return Next::End;
+        }
+    }
     await(1);
-    if (available() == 0) {
+    if (unread() == 0) {
         return Next::End;
     }
-    ++number_;
-    int32_t result = unpack();
-    if (result == BIX_ERR_READ_UNDERFLOW) {
-        awaitMessage();
-        result = unpack();
+    Look found = look(at(), unread(), over_, false);
+    while (found == Look::More) {
+        await(needed_);
+        found = look(at(), unread(), over_, true);
     }
-    if (result == BIX_OK) {
-        return Next::Message;
-    }
-    stop_ = walkMessage({at(begin_), available()});
-    stop_.code = result;
-    if (result == BIX_ERR_READ_UNDERFLOW && available() > WINDOW) {
-        stop_.code = BIX_ERR_STRING_TOO_LONG; // nothing else asks for more bytes than any message has
-    }
-    return Next::Failure;
+    failed_ = found == Look::Failure;
+    return failed_ ? Next::Failure : Next::Message;
 }
 
-const schema::Command* MessageStream::command() const {
-    return hasHead() ? schema::findCommand(message_->stHead.bCmdId) : nullptr;
-}
-
-void MessageStream::redact() {
-    if (relaymsg::redact(buffer_.get() + begin_, length_)) {
-        unpack();
+uint64_t MessageStream::countRest() {
+    if (resync_) {
+        return 0; // they are not over yet
     }
+    std::vector<char> bytes(READ_SIZE);
+    uint64_t count = 0;
+    while (const size_t read = source_.read(bytes.data(), bytes.size())) {
+        count += read;
+    }
+    return count;
 }
 
-int32_t MessageStream::unpack() {
-    return message_->unpack(at(begin_), available(), &length_);
-}
-
-/// Reads on until the message is complete or cannot be. Walks for this, since that copies nothing, and only
-/// when the field that was cut off has arrived.
-void MessageStream::awaitMessage() {
-    while (!over_ && available() <= WINDOW) {
-        const Stop stop = walkMessage({at(begin_), available()});
-        if (stop.code != BIX_ERR_READ_UNDERFLOW) {
-            return;
+/// Goes on to the next place behind a failure where messages follow each other. False if there is none.
+bool MessageStream::search() {
+    const uint64_t from = offset_;
+    pass(1);
+    for (;;) {
+        const Place place = findMessages({at(), unread()}, over_);
+        pass(place.at);
+        if (place.found) {
+            break;
         }
-        await(static_cast<size_t>(std::min<uint64_t>(stop.needed, WINDOW + 1)));
+        if (over_) {
+            return false;
+        }
+        await(place.needed);
     }
+    skipped_ = offset_ - from;
+    guessed_ = true;
+    return true;
 }
 
 void MessageStream::await(size_t size) {
-    while (available() < size && !over_) {
+    while (unread() < size && !over_) {
         fill();
     }
 }
 
 void MessageStream::fill() {
-    if (CAPACITY - begin_ <= WINDOW) {
-        std::memmove(buffer_.get(), at(begin_), available());
-        end_ -= begin_;
-        begin_ = 0;
+    if (CAPACITY - at_ <= LOOKAHEAD || at_ == end_) {
+        std::memmove(buffer_.get(), at(), unread());
+        end_ -= at_;
+        at_ = 0;
     }
     const size_t count = source_.read(buffer_.get() + end_, std::min(CAPACITY - end_, READ_SIZE));
     over_ = count == 0;

@@ -27,6 +27,9 @@ void Output::flush() {
 }
 
 void Output::write(std::string_view text) {
+    if (!text.empty()) {
+        beforeWrite_();
+    }
     while (!text.empty() && error_ == 0) {
         const ssize_t count = ::write(fd_, text.data(), text.size());
         if (count >= 0) {

@@ -4,6 +4,7 @@
 #define KORVAN_TOOLS_RELAYMSG_OUTPUT_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string_view>
 
@@ -20,6 +21,9 @@ public:
     /// Writes what was gathered.
     void flush();
 
+    /// What to do before each write.
+    void onWrite(std::function<void()> action) { beforeWrite_ = std::move(action); }
+
     /// The `errno` of the write that failed, or 0. After it nothing more is written.
     int error() const { return error_; }
 
@@ -32,6 +36,7 @@ private:
     int error_ = 0;
     size_t used_ = 0;
     std::unique_ptr<char[]> buffer_;
+    std::function<void()> beforeWrite_ = [] {};
 };
 
 } // namespace relaymsg

@@ -2,7 +2,6 @@
 
 #include "tools/relaymsg/FieldText.h"
 #include "tools/relaymsg/JsonText.h"
-#include "tools/relaymsg/SummaryLine.h"
 
 #include <cstdio>
 
@@ -16,24 +15,24 @@ void TextPrinter::text(Render render) {
     }
 }
 
-void TextPrinter::message(const MessageStream& stream) {
+void TextPrinter::message(const MessageReader& stream) {
     printSummary(stream, out_);
     text([&](Korvan::BixWriteBuf& buffer) { return stream.message().visualize(buffer, indent_, '\0'); });
 }
 
-void TextPrinter::failure(const MessageStream& stream) {
+void TextPrinter::failure(MessageReader& stream) {
     printFailedSummary(stream, out_);
     text([&](Korvan::BixWriteBuf& buffer) { return printFields(stream.bytes(), buffer, indent_, '\0'); });
 }
 
-void SummaryPrinter::message(const MessageStream& stream) {
+void SummaryPrinter::message(const MessageReader& stream) {
     printSummary(stream, out_);
     Total& total = totals_[stream.message().stHead.bCmdId];
     ++total.count;
     total.bytes += stream.bytes().size();
 }
 
-void SummaryPrinter::failure(const MessageStream& stream) {
+void SummaryPrinter::failure(MessageReader& stream) {
     printFailedSummary(stream, out_);
 }
 
@@ -63,9 +62,9 @@ void SummaryPrinter::end() {
     print("total", ROW, count, bytes);
 }
 
-void JsonPrinter::message(const MessageStream& stream) {
+void JsonPrinter::message(const MessageReader& stream) {
     line_.clear();
-    appendJson(line_, stream.bytes());
+    appendJson(line_, stream);
     line_ += '\n';
     out_.append(line_);
 }

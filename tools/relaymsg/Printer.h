@@ -3,8 +3,9 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_PRINTER_H
 #define KORVAN_TOOLS_RELAYMSG_PRINTER_H
 
-#include "tools/relaymsg/MessageStream.h"
+#include "tools/relaymsg/MessageReader.h"
 #include "tools/relaymsg/Output.h"
+#include "tools/relaymsg/SummaryLine.h"
 #include "tools/relaymsg/TextBuffer.h"
 #include "tools/relaymsg/TextEscape.h"
 
@@ -19,10 +20,13 @@ public:
     virtual ~Printer() = default;
 
     /// The message that @p stream stands at.
-    virtual void message(const MessageStream& stream) = 0;
+    virtual void message(const MessageReader& stream) = 0;
 
     /// What could be read of the message at which @p stream failed.
-    virtual void failure(const MessageStream& stream) = 0;
+    virtual void failure(MessageReader& stream) = 0;
+
+    /// Bytes are missing where @p stream stands.
+    virtual void gap(const MessageReader&) {}
 
     /// There is nothing more to show.
     virtual void end() {}
@@ -36,8 +40,9 @@ public:
     TextPrinter(Output& out, int indent, char separator)
         : out_(out), escape_(separator), indent_(indent), separator_(separator) {}
 
-    void message(const MessageStream& stream) override;
-    void failure(const MessageStream& stream) override;
+    void message(const MessageReader& stream) override;
+    void failure(MessageReader& stream) override;
+    void gap(const MessageReader& stream) override { printGap(stream, out_); }
 
 private:
     template <class Render>
@@ -55,8 +60,9 @@ class SummaryPrinter : public Printer {
 public:
     explicit SummaryPrinter(Output& out) : out_(out) {}
 
-    void message(const MessageStream& stream) override;
-    void failure(const MessageStream& stream) override;
+    void message(const MessageReader& stream) override;
+    void failure(MessageReader& stream) override;
+    void gap(const MessageReader& stream) override { printGap(stream, out_); }
     void end() override;
 
 private:
@@ -74,8 +80,8 @@ class JsonPrinter : public Printer {
 public:
     explicit JsonPrinter(Output& out) : out_(out) {}
 
-    void message(const MessageStream& stream) override;
-    void failure(const MessageStream&) override {}
+    void message(const MessageReader& stream) override;
+    void failure(MessageReader&) override {}
 
 private:
     Output& out_;

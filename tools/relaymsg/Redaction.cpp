@@ -9,7 +9,6 @@ namespace relaymsg {
 
 namespace {
 
-/// Fields that identify a person or open a door.
 constexpr std::string_view SECRETS[] = {"szSigBuf", "szUser_ip"};
 
 class Eraser : public FieldVisitor {
@@ -17,7 +16,7 @@ public:
     explicit Eraser(char* bytes) : bytes_(bytes) {}
 
     void leaf(const Leaf& leaf) override {
-        if (std::find(std::begin(SECRETS), std::end(SECRETS), leaf.field.name) != std::end(SECRETS)) {
+        if (isSecret(leaf.field)) {
             std::memset(bytes_ + (leaf.bytes.data() - bytes_), '*', leaf.bytes.size());
             found_ = found_ || !leaf.bytes.empty();
         }
@@ -31,6 +30,10 @@ private:
 };
 
 } // namespace
+
+bool isSecret(const cs_relay_msg::schema::Field& field) {
+    return std::find(std::begin(SECRETS), std::end(SECRETS), field.name) != std::end(SECRETS);
+}
 
 bool redact(char* bytes, size_t size) {
     Eraser eraser(bytes);

@@ -3,7 +3,7 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_SELECTION_H
 #define KORVAN_TOOLS_RELAYMSG_SELECTION_H
 
-#include "tools/relaymsg/MessageStream.h"
+#include "tools/relaymsg/MessageReader.h"
 
 #include <bitset>
 #include <cstdint>
@@ -19,15 +19,20 @@ struct Selection {
     uint64_t from = 1;                                  ///< the number of the first message
     uint64_t to = std::numeric_limits<uint64_t>::max(); ///< and of the last
 
-    bool holds(const MessageStream& stream) const {
+    bool holds(const MessageReader& stream) const {
         const auto& head = stream.message().stHead;
         return stream.number() >= from && stream.number() <= to &&
                (commands.none() || commands[head.bCmdId]) && (!user || *user == head.dwUserID) &&
                (!room || *room == head.dwRoomID);
     }
 
+    /// Whether every message is wanted.
+    bool all() const {
+        return commands.none() && !user && !room && from <= 1 && to == std::numeric_limits<uint64_t>::max();
+    }
+
     /// Whether no later message can be wanted.
-    bool endsAt(const MessageStream& stream) const { return stream.number() >= to; }
+    bool endsAt(const MessageReader& stream) const { return stream.number() >= to; }
 };
 
 } // namespace relaymsg

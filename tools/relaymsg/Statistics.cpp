@@ -1,7 +1,9 @@
 #include "tools/relaymsg/Statistics.h"
 
+#include "tools/relaymsg/Origin.h"
 #include "tools/relaymsg/SummaryLine.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -24,8 +26,15 @@ std::string format(const char* words, Values... values) {
     return {text, static_cast<size_t>(length)};
 }
 
+constexpr int64_t SECOND = 1000000000;
+
 unsigned long long wide(uint64_t value) {
     return value;
+}
+
+/// Thousandths as a number, rounded down to hundredths.
+std::string rateText(uint64_t rate) {
+    return format("%llu.%02llu", wide(rate / 1000), wide(rate % 1000 / 10));
 }
 
 std::string nameOf(size_t id) {
@@ -42,14 +51,19 @@ std::string totalJson(const Total& total) {
 
 } // namespace
 
-void Statistics::add(uint8_t command, uint32_t user, size_t size) {
-    commands_[command].total.add(size);
-    commands_[command].sizes.add(static_cast<uint32_t>(size));
-    Recent& recent = recent_[user % recent_.size()];
-    if (recent.total == nullptr || recent.user != user) {
-        recent = {user, &totalOf(user)};
-    }
-    recent.total->add(size);
+void Statistics::addTime(int64_t nanoseconds) {
+    const int64_t second = nanoseconds / SECOND;
+    times_.first = times_.count == 0 ? nanoseconds : std::min(times_.first, nanoseconds);
+    times_.last = times_.count == 0 ? nanoseconds : std::max(times_.last, nanoseconds);
+    times_.inSecond = times_.count == 0 || second != times_.second ? 1 : times_.inSecond + 1;
+    times_.mostInSecond = std::max(times_.mostInSecond, times_.inSecond);
+    times_.second = second;
+    ++times_.count;
+}
+
+uint64_t Statistics::Times::rate(uint64_t messages) const {
+    const double seconds = (static_cast<double>(last) - static_cast<double>(first)) / SECOND;
+    return last == first ? 0 : static_cast<uint64_t>(static_cast<double>(messages) * 1000 / seconds);
 }
 
 Total& Statistics::totalOf(uint32_t user) {
@@ -68,18 +82,28 @@ Total Statistics::all() const {
 
 std::string Statistics::table() const {
     const Total all = this->all();
-    std::string text = format("%-24s %12s %16s %8s %8s %8s %8s %8s\n", "command", "messages", "bytes",
-                              "share", "min", "median", "p99", "max");
+    const auto rate = [&](const Total& total) {
+        return times_.count == 0 ? "\n" : format(" %10s\n", rateText(times_.rate(total.messages)).c_str());
+    };
+    std::string text = format("%-24s %12s %16s %8s %8s %8s %8s %8s", "command", "messages", "bytes", "share",
+                              "min", "median", "p99", "max");
+    text += times_.count == 0 ? "\n" : format(" %10s\n", "a second");
     for (size_t id = 0; id < commands_.size(); ++id) {
         const auto& [total, sizes] = commands_[id];
         if (total.messages != 0) {
             const uint64_t part = share(total.bytes, all.bytes);
-            text += format("%-24s %12llu %16llu %4llu.%02llu%% %8u %8u %8u %8u\n", nameOf(id).c_str(),
+            text += format("%-24s %12llu %16llu %4llu.%02llu%% %8u %8u %8u %8u", nameOf(id).c_str(),
                            wide(total.messages), wide(total.bytes), wide(part / 100), wide(part % 100),
                            sizes.least(), sizes.percentile(50), sizes.percentile(99), sizes.most());
+            text += rate(total);
         }
     }
     text += userRow("total", all);
+    if (times_.count != 0) {
+        text += "\nfrom " + timeText(times_.first) + " to " + timeText(times_.last) + ": " +
+                rateText(times_.rate(all.messages)) + " messages a second, at most " +
+                std::to_string(times_.mostInSecond) + " in one\n";
+    }
     text += format("\n%-24s %12s %16s\n", "user", "messages", "bytes");
     const std::map<uint32_t, Total> users(users_.begin(), users_.end());
     for (const auto& [user, total] : users) {
@@ -101,11 +125,12 @@ std::string Statistics::json() const {
         const auto& [total, sizes] = commands_[id];
         if (total.messages != 0) {
             const uint64_t part = share(total.bytes, all.bytes);
-            text += comma + format("{\"id\":%zu,\"name\":\"%s\",", id, nameOf(id).c_str()) +
-                    totalJson(total) +
-                    format(",\"share\":%llu.%02llu,\"min\":%u,\"median\":%u,\"p99\":%u,\"max\":%u}",
-                           wide(part / 100), wide(part % 100), sizes.least(), sizes.percentile(50),
-                           sizes.percentile(99), sizes.most());
+            text +=
+                comma + format("{\"id\":%zu,\"name\":\"%s\",", id, nameOf(id).c_str()) + totalJson(total) +
+                format(",\"share\":%llu.%02llu,\"min\":%u,\"median\":%u,\"p99\":%u,\"max\":%u",
+                       wide(part / 100), wide(part % 100), sizes.least(), sizes.percentile(50),
+                       sizes.percentile(99), sizes.most()) +
+                (times_.count == 0 ? "}" : ",\"perSecond\":" + rateText(times_.rate(total.messages)) + '}');
             comma = ",";
         }
     }
@@ -116,7 +141,13 @@ std::string Statistics::json() const {
         text += comma + format("{\"id\":%u,", user) + totalJson(total) + '}';
         comma = ",";
     }
-    return text + "],\"otherUsers\":{" + totalJson(others_) + "}}\n";
+    text += "],\"otherUsers\":{" + totalJson(others_) + '}';
+    if (times_.count != 0) {
+        text += ",\"first\":" + secondsText(times_.first) + ",\"last\":" + secondsText(times_.last) +
+                ",\"perSecond\":" + rateText(times_.rate(all.messages)) +
+                ",\"mostInASecond\":" + std::to_string(times_.mostInSecond);
+    }
+    return text + "}\n";
 }
 
 } // namespace relaymsg

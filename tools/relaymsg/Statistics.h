@@ -29,7 +29,18 @@ public:
     /// @param mostUsers how many users are told apart: the first so many that occur
     explicit Statistics(size_t mostUsers) : mostUsers_(mostUsers) {}
 
-    void add(uint8_t command, uint32_t user, size_t size);
+    void add(uint8_t command, uint32_t user, size_t size) {
+        commands_[command].total.add(size);
+        commands_[command].sizes.add(static_cast<uint32_t>(size));
+        Recent& recent = recent_[user % recent_.size()];
+        if (recent.total == nullptr || recent.user != user) {
+            recent = {user, &totalOf(user)};
+        }
+        recent.total->add(size);
+    }
+
+    /// Takes the time of a message, in nanoseconds since 1970.
+    void addTime(int64_t nanoseconds);
 
     /// A table for people.
     std::string table() const;
@@ -49,6 +60,19 @@ private:
         Total* total = nullptr;
     };
 
+    /// When the messages were captured.
+    struct Times {
+        uint64_t count = 0; ///< of messages that have one
+        int64_t first = 0;
+        int64_t last = 0;
+        int64_t second = 0; ///< the one under way
+        uint64_t inSecond = 0;
+        uint64_t mostInSecond = 0;
+
+        /// Thousandths of a message in a second, if @p messages are distributed over all the time.
+        uint64_t rate(uint64_t messages) const;
+    };
+
     Total all() const;
     Total& totalOf(uint32_t user);
 
@@ -57,6 +81,7 @@ private:
     std::unordered_map<uint32_t, Total> users_;
     std::array<Recent, 64> recent_; // by the last bits of the user
     Total others_;                  // of users that are not told apart
+    Times times_;
 };
 
 } // namespace relaymsg

@@ -7,13 +7,17 @@ namespace relaymsg {
 
 ExitStatus stats(const StatsOptions& options) {
     Job job(options.file);
-    const auto bytes = openForm(job.file(), options.form);
     const auto statistics = std::make_unique<Statistics>(options.users);
-    Reading reading(job, *bytes);
-    reading.each(options.selection, [&](MessageStream& stream) {
+    Reading reading(job, options.input);
+    const Origin* const origin = reading.messages().origin();
+    const auto take = [&](MessageReader& stream) {
         const auto& head = stream.message().stHead;
         statistics->add(head.bCmdId, head.dwUserID, stream.bytes().size());
-    });
+        if (origin != nullptr) {
+            statistics->addTime(origin->nanoseconds);
+        }
+    };
+    reading.each(options.selection, take, [](MessageReader&, MessageReader::Next) {});
     if (reading.any()) {
         job.out().append(options.json ? statistics->json() : statistics->table());
     }

@@ -4,7 +4,7 @@
 #define KORVAN_TOOLS_RELAYMSG_STATS_H
 
 #include "tools/relaymsg/ExitStatus.h"
-#include "tools/relaymsg/InputForm.h"
+#include "tools/relaymsg/Input.h"
 #include "tools/relaymsg/Selection.h"
 
 #include <string>
@@ -13,7 +13,7 @@ namespace relaymsg {
 
 struct StatsOptions {
     std::string file = "-";
-    InputForm form = InputForm::Detect;
+    InputOptions input;
     bool json = false;
     size_t users = 100;
     Selection selection;

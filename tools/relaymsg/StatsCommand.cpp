@@ -11,10 +11,12 @@ constexpr const char* HELP =
     R"(Of each command: how many messages there are, how many bytes they have and which
 share of all that is, and their sizes: the smallest, the one that half of them
 do not exceed, the one that 99 of 100 do not exceed, and the largest. From 256
-bytes on, the two in the middle are rounded up, by less than 1 percent.
+bytes on, the two in the middle are rounded up, by less than 1 percent. Of a
+capture, also how many messages there were a second, from the first to the last.
 
 Examples:
   relaymsg stats session.bin
+  relaymsg stats --filter 'udp port 9000' session.pcap
   relaymsg stats --json --user 1001 session.bin | jq '.commands[] | select(.max > 1000)'
 
 )";
@@ -24,7 +26,8 @@ Examples:
 void addStats(CLI::App& app, ExitStatus& status) {
     const auto options = std::make_shared<StatsOptions>();
     CLI::App& stats = *app.add_subcommand("stats", "Count the messages of a recorded stream");
-    addInput(stats, options->file, options->form);
+    addFile(stats, options->file);
+    addInput(stats, options->input);
     stats.add_flag("--json", options->json, "Print one JSON object in place of the tables");
     stats.add_option("--users", options->users, "Tell the first N users apart (default 100)")->type_name("N");
     addSelection(stats, options->selection);

@@ -35,15 +35,39 @@ private:
 constexpr size_t OFFSET = 8;
 constexpr size_t LENGTH = 20;
 
-void beginLine(const MessageStream& stream, Line& line) {
-    line.put('#');
-    line.number(stream.number());
+void putOffset(Line& line, uint64_t offset) {
     line.put(' ');
     line.padTo(OFFSET);
     line.put('@');
-    line.number(stream.offset());
+    line.number(offset);
     line.put(' ');
     line.padTo(LENGTH);
+}
+
+/// The offset, and the length, whose last digit stands in column 25 unless not @p wide.
+void putPlace(Line& line, uint64_t offset, uint64_t length, bool wide = true) {
+    putOffset(line, offset);
+    for (uint64_t most = wide ? 99999 : 9999; most > length; most /= 10) {
+        line.put(' '); // lengths of up to six digits end in one column
+    }
+    line.number(length);
+}
+
+void endLine(Line& line, const MessageReader& stream, Output& out) {
+    out.append(line.text());
+    if (const Origin* origin = stream.origin()) {
+        out.append("  packet " + std::to_string(origin->packet) + "  " + timeText(origin->nanoseconds) +
+                   "  " + flowText(origin->flow));
+    }
+    out.append(stream.guessed() ? "  guess\n" : "\n");
+}
+
+void printSkipped(const MessageReader& stream, Output& out) {
+    Line line;
+    line.put("skipped");
+    putPlace(line, stream.offset() - stream.skipped(), stream.skipped());
+    line.put(" B");
+    endLine(line, stream, out);
 }
 
 } // namespace
@@ -60,16 +84,16 @@ CommandName::CommandName(uint8_t id) {
     name_ = {unknown_, static_cast<size_t>(end + 1 - unknown_)};
 }
 
-void printSummary(const MessageStream& stream, Output& out) {
+void printSummary(const MessageReader& stream, Output& out) {
+    if (stream.skipped() != 0) {
+        printSkipped(stream, out);
+    }
     const cs_relay_msg::CSRelayMsgHead& head = stream.message().stHead;
     Line line;
-    beginLine(stream, line);
+    line.put('#');
+    line.number(stream.number());
     const bool known = stream.command() != nullptr;
-    const size_t length = stream.bytes().size();
-    for (size_t most = known ? 99999 : 9999; most > length && most > 9; most /= 10) {
-        line.put(' '); // lengths of up to six digits end in one column
-    }
-    line.number(length);
+    putPlace(line, stream.offset(), stream.bytes().size(), known);
     line.put(known ? " B  v" : "+ B  v");
     line.number(head.bVersion);
     line.put("  ");
@@ -82,19 +106,29 @@ void printSummary(const MessageStream& stream, Output& out) {
     line.number(head.dwRoomID);
     line.put("  async ");
     line.number(head.wAsyncID);
-    line.put('\n');
-    out.append(line.text());
+    endLine(line, stream, out);
 }
 
-void printFailedSummary(const MessageStream& stream, Output& out) {
+void printGap(const MessageReader& stream, Output& out) {
     Line line;
-    beginLine(stream, line);
+    line.put("gap");
+    putPlace(line, stream.offset(), stream.missing());
+    line.put(" B missing");
+    endLine(line, stream, out);
+}
+
+void printFailedSummary(const MessageReader& stream, Output& out) {
+    Line line;
+    line.put('#');
+    line.number(stream.number());
+    putOffset(line, stream.offset());
     line.put("failed  ");
+    line.put(Korvan::resultName(stream.stop().code));
+    line.put(" at ");
     out.append(line.text());
-    out.append(Korvan::resultName(stream.stop().code));
-    out.append(" at ");
+    Line end;
     out.append(stream.stop().path);
-    out.append('\n');
+    endLine(end, stream, out);
 }
 
 } // namespace relaymsg

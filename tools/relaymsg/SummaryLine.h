@@ -3,7 +3,7 @@
 #ifndef KORVAN_TOOLS_RELAYMSG_SUMMARY_LINE_H
 #define KORVAN_TOOLS_RELAYMSG_SUMMARY_LINE_H
 
-#include "tools/relaymsg/MessageStream.h"
+#include "tools/relaymsg/MessageReader.h"
 #include "tools/relaymsg/Output.h"
 
 #include <cstdint>
@@ -25,11 +25,16 @@ private:
 };
 
 /// Number, offset, length, version, command, user, room and asynchronous id of the message, each one word.
-/// Behind the length of an unknown command, which is that of its head, stands a plus.
-void printSummary(const MessageStream& stream, Output& out);
+/// Behind the length of an unknown command, which is that of its head, stands a plus. From a capture, the
+/// packet follows, with its time, and the flow. What was searched for is said to be a guess, and so are, in a
+/// line of their own, the bytes skipped before it.
+void printSummary(const MessageReader& stream, Output& out);
+
+/// Where a capture lacks bytes, and how many.
+void printGap(const MessageReader& stream, Output& out);
 
 /// Number and offset of the message that failed, and where and why.
-void printFailedSummary(const MessageStream& stream, Output& out);
+void printFailedSummary(const MessageReader& stream, Output& out);
 
 } // namespace relaymsg
 

@@ -10,33 +10,14 @@ namespace {
 
 using namespace relaymsg;
 
-constexpr const char* HELP = R"(Example:
-  relaymsg decode session.bin
-
-`relaymsg COMMAND --help` tells more of a command.
-)";
-
 int run(int argc, char** argv) {
-    CLI::App app("Works with recorded messages between a lockstep game and its relay server.", "relaymsg");
-    app.set_version_flag("--version", "relaymsg " RELAYMSG_VERSION);
-    app.require_subcommand(1);
+    CLI::App app;
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
         return "relaymsg: " + escaped(error.what()) +
                "\n  `relaymsg --help` and `relaymsg COMMAND --help` tell more.\n";
     });
     ExitStatus status = ExitStatus::Ok;
-    addDecode(app, status);
-    addStats(app, status);
-    addDiff(app, status);
-#ifdef RELAYMSG_JSON
-    addEncode(app, status);
-    addSchema(app, status);
-    app.footer(HELP);
-#else
-    app.footer(HELP +
-               std::string("\nThis build leaves out `encode` and `schema`, which need nlohmann-json.\n"));
-#endif
-    addNew(app, status);
+    addAll(app, status);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
