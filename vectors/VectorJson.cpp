@@ -176,10 +176,11 @@ struct Writer {
 
     Json counted(const Type& type, const Field& field, const char* one, const char* other) const {
         const Field& counter = type.fields[field.countField];
-        const uint64_t count = scalar::load(counter, one);
-        if (count != scalar::load(counter, other) || count > field.bound) {
+        const uint64_t loaded = scalar::load(counter, one);
+        if (loaded != scalar::load(counter, other) || loaded > field.bound) {
             return {};
         }
+        const auto count = static_cast<size_t>(loaded);
         const char* const a = one + field.offset;
         const char* const b = other + field.offset;
         if (field.kind == Kind::Bytes) {

@@ -106,9 +106,9 @@ bool setLength(const Type& type, std::vector<char>& record, size_t length) {
             return true;
         }
         if (field.kind == Kind::String && length < field.bound) {
-            std::replace(record.begin() + field.offset,
-                         record.begin() + static_cast<std::ptrdiff_t>(field.offset + length), '\0', 's');
-            record[field.offset + length] = '\0';
+            char* const text = record.data() + field.offset;
+            std::replace(text, text + length, '\0', 's');
+            text[length] = '\0';
             return true;
         }
     }

@@ -64,11 +64,10 @@ void fillFields(const Type& type, char* record, Random& random, const Shape& sha
             break;
         }
         case Kind::Union: {
-            const int command =
-                shape.command != ANY_COMMAND
-                    ? shape.command
-                    : cs_relay_msg::schema::commands()[random.below(cs_relay_msg::schema::commands().size)]
-                          .id;
+            const auto commands = cs_relay_msg::schema::commands();
+            const int command = shape.command != ANY_COMMAND
+                                    ? shape.command
+                                    : commands[static_cast<size_t>(random.below(commands.size))].id;
             record[offsetof(cs_relay_msg::CSRelayMsgHead, bCmdId)] = static_cast<char>(command);
             if (const Command* member = cs_relay_msg::schema::findCommand(command)) {
                 fillFields(*member->type, at, random, shape);

@@ -298,7 +298,7 @@ std::vector<std::string> vectorFiles() {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(KORVAN_VECTORS)) {
         if (entry.path().extension() == ".jsonl") {
-            names.push_back(entry.path().stem());
+            names.push_back(entry.path().stem().string());
         }
     }
     std::sort(names.begin(), names.end());
