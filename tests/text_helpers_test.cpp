@@ -91,12 +91,14 @@ TEST(TextHelpers, AnyFormatOfOneValueIsTakenAsGiven) {
               "[x]: fedcba9876543210;");
 }
 
+#ifndef _WIN32 // where the formatter refuses nothing
 TEST(TextHelpers, FormatThatTheFormatterRefusesWritesNothing) {
     char memory[32] = "#";
     BixWriteBuf buf(memory, sizeof(memory));
     EXPECT_EQ(util::printVariable(buf, 0, '\n', "[x]", "%lc", static_cast<wint_t>(0x10ffff)), OVERFLOW_);
     EXPECT_EQ(buf.getUsedSize(), 0u);
 }
+#endif
 
 TEST(TextHelpers, LabelIsTakenAsGiven) {
     EXPECT_EQ(line([](auto& b) { return util::printVariable(b, 0, '\n', "%s%n 100%", "%d", 1); }),
