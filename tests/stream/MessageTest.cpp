@@ -1,4 +1,5 @@
 #include "tests/stream/Samples.h"
+#include "tests/support/Settings.h"
 
 #include <gtest/gtest.h>
 
@@ -27,11 +28,13 @@ struct MemberOf<T CSRelayMsgBody::*> {
     using type = T;
 };
 
-/// The capacities or truncations to try for a message of @p size bytes, all of them if there are not many.
+/// The capacities or truncations to try for a message of @p size bytes, all of them if there are not many, fewer
+/// at a lower volume.
 std::vector<size_t> sizesUpTo(size_t size, Random& random) {
     std::vector<size_t> sizes;
-    for (size_t n = 0; n <= size + 2; ++n) {
-        if (size < 120 || n < 40 || n + 10 > size || samples::upTo(random, size) < 60) {
+    const std::vector<size_t> lengths = tests::lengthsUpTo(size + 2);
+    for (const size_t n : lengths) {
+        if (lengths.size() < 120 || n < 40 || n + 10 > size || samples::upTo(random, size) < 60) {
             sizes.push_back(n);
         }
     }
