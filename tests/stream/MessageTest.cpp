@@ -28,8 +28,8 @@ struct MemberOf<T CSRelayMsgBody::*> {
     using type = T;
 };
 
-/// The capacities or truncations to try for a message of @p size bytes, all of them if there are not many, fewer
-/// at a lower volume.
+/// The capacities or truncations to try for a message of @p size bytes, all of them if there are not many,
+/// fewer at a lower volume.
 std::vector<size_t> sizesUpTo(size_t size, Random& random) {
     std::vector<size_t> sizes;
     const std::vector<size_t> lengths = tests::lengthsUpTo(size + 2);
