@@ -33,7 +33,7 @@ public:
     }
 #endif
 
-          bool MatchAndExplain(const std::string& output, std::ostream* /*explanation*/) const {
+          bool MatchAndExplain(const std::string& output, testing::MatchResultListener* /*why*/) const {
         return std::regex_search(output, std::regex(pattern_));
     }
     void DescribeTo(std::ostream* out) const {
