@@ -257,10 +257,10 @@ constexpr Kind kindOf() {
     if constexpr (std::is_union_v<Element>) {
         return Kind::Union;
     } else if constexpr (std::is_class_v<Element>) {
-        return std::is_array_v<Member> ? Kind::RecordArray : Kind::Record;
+        return (std::is_array_v<Member>) ? Kind::RecordArray : Kind::Record;
     } else if constexpr (std::is_array_v<Member>) {
         static_assert(sizeof(Element) == 1, "an array holds records, bytes (uint8_t) or text (char)");
-        return std::is_same_v<Element, char> ? Kind::String : Kind::Bytes;
+        return (std::is_same_v<Element, char>) ? Kind::String : Kind::Bytes;
     } else {
         static_assert(std::is_integral_v<Member>, "a field is an integer, an array or a record");
         return Kind::Scalar;
