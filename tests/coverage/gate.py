@@ -22,6 +22,7 @@ import tomllib
 
 FOLDERS = ("Common", "protocol")
 CODE = 0  # the kind of a region that is neither a gap, an expansion nor skipped
+PLAIN_BRANCH = 4  # the kind of a branch that belongs to no decision of several conditions
 Span = collections.namedtuple("Span", "line column end_line end_column")
 
 
@@ -38,6 +39,7 @@ class Source:
         self.regions = collections.Counter()
         self.branches = collections.defaultdict(lambda: [0, 0])
         self.pairs = collections.defaultdict(list)
+        self.pairless = set()
 
     def text(self, span):
         rows = self.lines[span.line - 1 : span.end_line]
@@ -53,11 +55,22 @@ class Source:
             first -= 1
         return self.text(Span(first, 1, body.line, body.column))
 
+    def add_branch(self, span, true, false, kind):
+        counts = self.branches[span]
+        counts[0] += true
+        counts[1] += false
+        behind = self.lines[span.end_line - 1][span.end_column - 1 :] + " " + "".join(self.lines[span.end_line :][:1])
+        if kind == PLAIN_BRANCH and re.match(r"[ )]*(&&|\|\|)", behind):
+            self.pairless.add(span)  # too nested, or too many conditions, for the compiler
+
     def add_pairs(self, span, covered):
         known = self.pairs[span]
         known.extend([False] * (len(covered) - len(known)))  # a fold has as many conditions as its pack
         for i, one in enumerate(covered):
             known[i] |= one
+
+    def line_count(self):
+        return len({line for span in self.regions for line in range(span.line, span.end_line + 1)})
 
     def misses(self):
         """(line, what) of each, outermost only: what is in code that never ran is not told again."""
@@ -77,6 +90,8 @@ class Source:
                 for count, name in zip(counts, ("true", "false")):
                     if count == 0:
                         yield span.line, f"never {name}: {self.text(span)}"
+        for span in self.pairless:
+            yield span.line, f"no pairs are recorded: {self.text(span)}"
         for span, pairs in self.pairs.items():
             for i, covered in enumerate(pairs):
                 if ran(span) and not covered:
@@ -108,9 +123,7 @@ def read(exports, root):
             if known := source(file["filename"]):
                 expanded = [branch for expansion in file["expansions"] for branch in expansion["branches"]]
                 for branch in file["branches"] + expanded:
-                    counts = known.branches[Span(*branch[:4])]
-                    counts[0] += branch[4]
-                    counts[1] += branch[5]
+                    known.add_branch(Span(*branch[:4]), branch[4], branch[5], branch[8])
                 for pair in file["mcdc_records"]:
                     known.add_pairs(Span(*pair[:4]), pair[6])
     return sources
@@ -152,7 +165,8 @@ def main():
 
     values = sources.values()
     print(
-        f"{len(sources)} files, {sum(len(s.regions) for s in values)} regions, "
+        f"{len(sources)} files, {sum(s.line_count() for s in values)} lines, "
+        f"{sum(len(s.regions) for s in values)} regions, "
         f"{2 * sum(any(b) for s in values for b in s.branches.values())} branches, "
         f"{sum(len(p) for s in values for p in s.pairs.values())} MC/DC pairs: "
         f"{excepted} excepted, {unexpected} missed, {len(outdated)} outdated exceptions"

@@ -31,6 +31,12 @@ bool allEven(T... value) {
 inline int alone() {
     return 7;
 }
+
+#ifdef NESTED
+inline bool nested(int a, int b, int c) {
+    return a && within(0, b && c, 1);
+}
+#endif
 """
 PROGRAM = """
 #include "protocol/sample.h"
@@ -53,6 +59,11 @@ int main(int, char** arguments) {
     if (std::strchr(parts, 'a')) {
         sum += alone();
     }
+#ifdef NESTED
+    for (int i = 0; i < 8; ++i) {
+        sum += nested(i & 1, i & 2, i & 4);
+    }
+#endif
     return sum == 1000;
 }
 """
@@ -67,9 +78,13 @@ class Gate(unittest.TestCase):
         (cls.root / "protocol").mkdir(parents=True)
         (cls.root / "protocol/sample.h").write_text(LIBRARY)
         (cls.root / "main.cpp").write_text(PROGRAM)
+        cls.build([])
+
+    @classmethod
+    def build(cls, flags):
         subprocess.run(
-            ["clang++-19", "-std=c++17", "-I.", "-fprofile-instr-generate", "-fcoverage-mapping", "-fcoverage-mcdc",
-             "main.cpp", "-o", "main"], cwd=cls.root, check=True)  # fmt: skip
+            ["clang++-19", "-std=c++17", "-I.", "-w", "-fprofile-instr-generate", "-fcoverage-mapping", "-fcoverage-mcdc",
+             "main.cpp", "-o", "main", *flags], cwd=cls.root, check=True)  # fmt: skip
 
     @classmethod
     def tearDownClass(cls):
@@ -111,6 +126,11 @@ class Gate(unittest.TestCase):
                 "protocol/sample.h:11: never false: low <= value",
             ]),
         )  # fmt: skip
+
+    def test_decision_of_which_the_compiler_keeps_no_pairs(self):
+        self.build(["-DNESTED"])
+        self.addCleanup(self.build, [])
+        self.assertEqual(self.gate(ALL), (1, ["protocol/sample.h:24: no pairs are recorded: a"]))
 
     def test_fold_that_never_runs(self):
         self.assertEqual(
