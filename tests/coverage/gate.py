@@ -14,6 +14,7 @@ function that was never entered is one miss, whatever is in it. What no program 
 
 import argparse
 import collections
+import functools
 import json
 import pathlib
 import re
@@ -101,8 +102,9 @@ class Source:
 def read(exports, root):
     sources = {}
 
+    @functools.cache
     def source(name):
-        path = pathlib.Path(name)
+        path = pathlib.Path(name).resolve()
         if not path.is_relative_to(root) or path.relative_to(root).parts[0] not in FOLDERS:
             return None
         key = path.relative_to(root).as_posix()

@@ -34,7 +34,7 @@ inline int alone() {
 
 #ifdef NESTED
 inline bool nested(int a, int b, int c) {
-    return a && within(0, b && c, 1);
+    return a && within(1, b && c, 1);
 }
 #endif
 """
@@ -130,7 +130,10 @@ class Gate(unittest.TestCase):
     def test_decision_of_which_the_compiler_keeps_no_pairs(self):
         self.build(["-DNESTED"])
         self.addCleanup(self.build, [])
-        self.assertEqual(self.gate(ALL), (1, ["protocol/sample.h:24: no pairs are recorded: a"]))
+        self.assertEqual(
+            self.gate(ALL),
+            (1, ["protocol/sample.h:25: no pairs are recorded: a", "protocol/sample.h:25: no pairs are recorded: b"]),
+        )
 
     def test_fold_that_never_runs(self):
         self.assertEqual(
