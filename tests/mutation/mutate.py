@@ -49,6 +49,7 @@ PROGRAMS = [
     Program("quick", [f"tests/{name}_test.cpp" for name in (
         "construct", "counts", "envelope", "flat_wrappers", "golden_messages", "golden_records", "golden_text",
         "partial_output", "readonly_record", "strings", "text_helpers", "union", "versions", "visualize")], CORE),
+    Program("straight", ["tests/straight/*.cpp"], ["protocol/cs_relay_msg.cpp"]),
     Program("silent", ["tests/ndebug_test.cpp"], CORE, ["-DNDEBUG"]),
     Program("asserting", ["tests/assertion_test.cpp"], CORE),
     Program("stream", ["tests/stream/[!S]*Test.cpp"], CORE + STREAM),
