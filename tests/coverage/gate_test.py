@@ -84,7 +84,7 @@ class Gate(unittest.TestCase):
     def build(cls, flags):
         subprocess.run(
             ["clang++-19", "-std=c++17", "-I.", "-w", "-fprofile-instr-generate", "-fcoverage-mapping", "-fcoverage-mcdc",
-             "main.cpp", "-o", "main", *flags], cwd=cls.root, check=True)  # fmt: skip
+             "main.cpp", "-o", "main", *flags], cwd=cls.root, capture_output=True, check=True)  # fmt: skip
 
     @classmethod
     def tearDownClass(cls):
