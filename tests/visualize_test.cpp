@@ -263,3 +263,11 @@ TEST(Visualize, EveryKindOfNumberInEveryRoom) {
         }
     }
 }
+
+TEST(VisualizeEx, OverAFullBufferEndsTheTextInTheLastByte) {
+    auto stop = constructed<CSRelayMsgStopReq>();
+    std::string memory(8, '#');
+    Korvan::BixWriteBuf buf(memory.data(), memory.size());
+    ASSERT_EQ(buf.reserve(8), 0);
+    EXPECT_STREQ(stop->visualize_ex(buf), "#######");
+}

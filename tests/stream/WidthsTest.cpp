@@ -72,10 +72,10 @@ const schema::Type& schema::typeOf<Counted<uint64_t>>() noexcept {
 }
 
 TYPED_TEST(Widths, SetBytesStoresTheWholeCountAndNoMore) {
-    using Record = typename TestFixture::Record;
-    Record record;
+    using R = typename TestFixture::Record;
+    R record;
     std::memset(&record, 0x5a, sizeof(record));
-    ASSERT_EQ(cs_relay_msg::setBytes(record, &Record::szBytes, "ab", 2), 0);
+    ASSERT_EQ(cs_relay_msg::setBytes(record, &R::szBytes, "ab", 2), 0);
     EXPECT_EQ(record.countValue(), 2u);
     EXPECT_EQ(record.before, 0x5a);
     EXPECT_EQ(std::memcmp(record.szBytes, "ab\x5a", 3), 0);
@@ -83,10 +83,10 @@ TYPED_TEST(Widths, SetBytesStoresTheWholeCountAndNoMore) {
 }
 
 TYPED_TEST(Widths, EqualComparesAsManyBytesAsTheWholeCountSays) {
-    using Record = typename TestFixture::Record;
-    Record a{};
+    using R = typename TestFixture::Record;
+    R a{};
     a.setCount(2);
-    Record b = a;
+    R b = a;
     b.szBytes[2] = 1;
     EXPECT_TRUE(cs_relay_msg::equal(this->type, &a, &b)) << "behind the count";
     b.szBytes[1] = 1;
