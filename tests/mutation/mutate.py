@@ -158,7 +158,7 @@ class Tree:
 
 def wrong_tables(tree, pool=None):
     """What the compiler says of each table that is wrong on purpose."""
-    words = sorted(set(re.findall(r"\bWRONG_\w+", (ROOT / WRONG_TABLES).read_text())))
+    words = sorted(set(re.findall(r"\bWRONG_\w+", (tree.place / WRONG_TABLES).read_text())))
 
     def said(word):
         done = subprocess.run(
