@@ -23,6 +23,8 @@ from mutants import mutants  # noqa: E402
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPILER = "clang++-19"
 FLAGS = ["-std=c++17", "-I.", "-w", "-ftrivial-auto-var-init=pattern"]
+
+
 def expand(patterns):
     return [path.relative_to(ROOT).as_posix() for pattern in patterns for path in sorted(ROOT.glob(pattern))]
 
@@ -33,6 +35,8 @@ SCAN = ["protocol/Scan.cpp"]
 CORE = [source for source in LIBRARY if source not in STREAM + SCAN]
 SUPPORT = ["tests/plain/*.cpp", "tests/support/*.cpp"]
 WRONG_TABLES = "tests/wrong_tables.cpp"
+FOLDERS = ("Common", "protocol", "tests")
+
 
 class Program:
     def __init__(self, name, own, others=(), flags=()):
@@ -63,7 +67,7 @@ HEADER = "tests/mutation/precompiled.h"
 
 
 class Failure(Exception):
-    """What is not the mutant's doing."""
+    """Something is wrong, but not with the tests of a mutant."""
 
 
 def limits(seconds):
@@ -83,10 +87,10 @@ class Tree:
         self.objects = place / ".objects"
         self.base = base  # the tree with the unchanged objects
         self.objects.mkdir(parents=True, exist_ok=True)
-        wanted = {path.relative_to(ROOT) for folder in ("Common", "protocol", "tests") for path in (ROOT / folder).rglob("*")}
+        wanted = {path.relative_to(ROOT) for folder in FOLDERS for path in (ROOT / folder).rglob("*")}
         for path in sorted(place.rglob("*.*")):
             name = path.relative_to(place)
-            if name not in wanted and name.parts[0] in ("Common", "protocol", "tests"):
+            if name not in wanted and name.parts[0] in FOLDERS:
                 path.unlink()
         for name in sorted(wanted):
             source, copy = ROOT / name, place / name
