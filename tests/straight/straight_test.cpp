@@ -105,3 +105,12 @@ TEST_P(Straight, IsLeftWhereItDoesNotFit) {
         EXPECT_EQ(type.unpack(received.data(), in, 0), LEFT_STRAIGHT_WAY);
     }
 }
+
+TEST(StraightText, IsPackedAlsoWithoutItsNul) {
+    CSRelayMsgLoginReq login;
+    std::memset(static_cast<void*>(&login), 'x', sizeof(login));
+    char wire[CSRelayMsgLoginReq::maxWireSize];
+    EXPECT_EQ(login.pack(wire, sizeof(wire)), 0);
+    EXPECT_EQ(wire[4 + 126], 'x');
+    EXPECT_EQ(wire[4 + 127], '\0');
+}
