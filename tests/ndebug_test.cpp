@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,18 @@ TEST(NoAssertions, RecordsRefuseACorruptedCursor) {
             EXPECT_EQ(record, std::vector<char>(type->size));
         }
     }
+}
+
+TEST(NoAssertions, MessageThatEndsTooSoonIsReadAsFarAsItGoes) {
+    const auto message = std::make_unique<cs_relay_msg::CSRelayMsg>();
+    std::string memory(12, '\0'); // a head, without the 8 bytes of its member
+    memory[8] = '\x02';
+    memory[11] = static_cast<char>(cs_relay_msg::cmd::stRelayStopRes);
+    BixReadBuf in(memory.data(), memory.size());
+    EXPECT_EQ(message->unpack(in), -2);
+    EXPECT_EQ(in.position, 12u);
+    EXPECT_EQ(message->stHead.bVersion, 2);
+    EXPECT_EQ(message->stHead.bCmdId, cs_relay_msg::cmd::stRelayStopRes);
 }
 
 TEST(NoAssertions, TextHelpersRefuseACorruptedCursor) {

@@ -39,6 +39,9 @@ std::string cppType(const schema::Field& field) {
 }
 
 std::string textForm(const schema::Field& field) {
+    if (field.kind != Kind::Scalar) {
+        EXPECT_EQ(field.format(), nullptr);
+    }
     switch (field.kind) {
     case Kind::Scalar:
         return field.format();

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 using namespace cs_relay_msg;
@@ -230,4 +231,43 @@ TEST(VisualizeEx, WithoutABufferTheTextIsEmptyAndNotInTheBuffer) {
     EXPECT_STREQ(result, "");
     EXPECT_NE(result, memory);
     EXPECT_EQ(memory[0], '#');
+}
+
+TEST(Visualize, EveryKindOfNumberInEveryRoom) {
+    auto stop = std::make_unique<CSRelayMsgStopRes>(); // a signed and an unsigned line
+    stop->iResult = INT32_MIN;
+    stop->dwReserve = UINT32_MAX;
+    auto relogin = std::make_unique<CSRelayMsgReloginNotify>(); // one of 64 bits
+    relogin->dwReserve = 10;
+    relogin->ullQuestion = UINT64_MAX;
+    struct {
+        std::string first;
+        std::string second;
+        std::function<int32_t(char*, size_t, size_t*)> visualize;
+    } const cases[] = {
+        {"[iResult]: -2147483648\n", "[dwReserve]: 4294967295\n",
+         [&](char* to, size_t room, size_t* used) { return stop->visualize(to, room, used); }},
+        {"[dwReserve]: 10\n", "[ullQuestion]: 18446744073709551615\n",
+         [&](char* to, size_t room, size_t* used) { return relogin->visualize(to, room, used); }},
+    };
+    for (const auto& one : cases) {
+        const std::string text = one.first + one.second;
+        for (size_t room = 1; room <= text.size() + 1; ++room) {
+            std::string memory(room, '#');
+            size_t used = 99;
+            EXPECT_EQ(one.visualize(memory.data(), room, &used), room > text.size() ? 0 : -1);
+            EXPECT_EQ(used, room > text.size()        ? text.size()
+                            : room > one.first.size() ? one.first.size()
+                                                      : 0);
+            EXPECT_EQ(memory, text.substr(0, room - 1) + '\0') << "the text, truncated, and a NUL";
+        }
+    }
+}
+
+TEST(VisualizeEx, OverAFullBufferEndsTheTextInTheLastByte) {
+    auto stop = constructed<CSRelayMsgStopReq>();
+    std::string memory(8, '#');
+    Korvan::BixWriteBuf buf(memory.data(), memory.size());
+    ASSERT_EQ(buf.reserve(8), 0);
+    EXPECT_STREQ(stop->visualize_ex(buf), "#######");
 }
