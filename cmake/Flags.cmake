@@ -9,6 +9,7 @@ if(MSVC)
 else()
     set(KORVAN_WARNINGS
         -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
+        -Wformat=2 -Wno-format-nonliteral # the text helpers hand a caller's format on
         $<$<CXX_COMPILER_ID:GNU>:-Wcast-align=strict>
         $<$<NOT:$<CXX_COMPILER_ID:GNU>>:-Wcast-align>
         $<$<BOOL:${KORVAN_RELAY_WERROR}>:-Werror>)
