@@ -60,7 +60,7 @@ class TcpConnection : public Connection, public std::enable_shared_from_this<Tcp
 public:
     explicit TcpConnection(tcp::socket socket) : socket_(std::move(socket)), timer_(socket_.get_executor()) {
         error_code ignored;
-        socket_.set_option(tcp::no_delay(true), ignored); // small messages, and each one now
+        (void)socket_.set_option(tcp::no_delay(true), ignored); // small messages, and each one now
     }
 
     void start(Received received, Closed closed) override {
@@ -116,7 +116,7 @@ private:
         }
         if (waiting_.empty()) {
             if (closing_) {
-                socket_.shutdown(tcp::socket::shutdown_send, ignored);
+                (void)socket_.shutdown(tcp::socket::shutdown_send, ignored);
             }
             return;
         }
@@ -135,7 +135,7 @@ private:
     /// Ends the read that is under way, and with it the connection.
     void abort() {
         error_code ignored;
-        socket_.close(ignored);
+        (void)socket_.close(ignored);
     }
 
     void ended() {
@@ -191,7 +191,7 @@ Listener::Listener(Loop& loop, Accepted accepted) : impl_(std::make_shared<Impl>
 
 Listener::~Listener() {
     error_code ignored;
-    impl_->acceptor.close(ignored);
+    (void)impl_->acceptor.close(ignored);
 }
 
 uint16_t Listener::port() const {
@@ -234,7 +234,7 @@ Datagrams::Datagrams(Loop& loop, uint32_t loss, uint32_t seed, Received received
 
 Datagrams::~Datagrams() {
     error_code ignored;
-    impl_->socket.close(ignored);
+    (void)impl_->socket.close(ignored);
 }
 
 uint16_t Datagrams::port() const {

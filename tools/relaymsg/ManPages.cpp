@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -161,7 +162,7 @@ bool write(const std::string& directory, const std::string& name, const std::str
 
 } // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: relaymsg_man DIRECTORY\n";
         return 1;
@@ -178,4 +179,7 @@ int main(int argc, char** argv) {
     }
     written = write(argv[1], "relaymsg", page(app, "relaymsg", all)) && written;
     return written ? 0 : 1;
+} catch (const std::exception& error) {
+    std::cerr << "relaymsg_man: " << error.what() << '\n';
+    return 1;
 }
