@@ -46,8 +46,9 @@ def head(main):
     machine = main.data["machine"]
     works = "\n".join(f"- **{letter}**: {title}, {main.size('pack', letter, 'codec'):,} bytes on the wire"
                       for letter, title in results.WORKS.items())
-    return f"""<!-- Made by scripts/bench --report from bench/results/ and bench/notes.md. Do not edit. -->
-# Performance
+    return f"""# Performance
+
+<!-- Made by scripts/bench --report from bench/results/ and bench/notes.md. Do not edit. -->
 
 How fast the codec is, beside what one would write by hand for this wire alone and beside other libraries with the
 same content. All contenders of a table stand in one program and were measured in one run, their repetitions mixed at

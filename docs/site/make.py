@@ -28,10 +28,10 @@ MENU = [
                  ("namespaceKorvan.html", "Buffers and result codes"),
                  ("namespacecs__relay__msg_1_1schema.html", "The protocol as data"),
                  ("files.html", "Headers")]),
-    ("Trust", ["docs/security.md", "docs/performance.md", "CHANGELOG.md"]),
+    ("Trust", ["docs/security.md", "docs/mutation.md", "docs/performance.md", "CHANGELOG.md"]),
 ]
 SHORT = {"docs/README.md": "Overview", "docs/wire.md": "Bytes on the wire", "vectors/README.md": "Test vectors",
-         "CONTRIBUTING.md": "Add a field or a command", "docs/security.md": "Security"}
+         "CONTRIBUTING.md": "Add a field or a command", "docs/security.md": "Security", "docs/mutation.md": "Mutation testing"}
 
 # What a user includes is documented down to each member: every header but those that say that they are private, and the
 # one with words of the compiler.
@@ -189,7 +189,8 @@ def menu_html(pages):
 def finish(out):
     """Takes away what only Doxygen's own scripts and pictures need, and lets wide tables scroll."""
     for file in out.iterdir():
-        if file.suffix in (".js", ".png") or file.name in ("tabs.css", "doxygen.svg"):
+        own_picture = file.suffix == ".png" and not any((ROOT / "docs").rglob(file.name))
+        if file.suffix == ".js" or own_picture or file.name in ("tabs.css", "doxygen.svg"):
             file.unlink()
     for file in out.glob("*.html"):
         page = file.read_text(encoding="utf-8")
