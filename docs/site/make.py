@@ -189,8 +189,8 @@ def menu_html(pages):
 def finish(out):
     """Takes away what only Doxygen's own scripts and pictures need, and lets wide tables scroll."""
     for file in out.iterdir():
-        own_picture = file.suffix == ".png" and not any((ROOT / "docs").rglob(file.name))
-        if file.suffix == ".js" or own_picture or file.name in ("tabs.css", "doxygen.svg"):
+        of_doxygen = file.suffix == ".png" and not any((ROOT / "docs").rglob(file.name))
+        if file.suffix == ".js" or of_doxygen or file.name in ("tabs.css", "doxygen.svg"):
             file.unlink()
     for file in out.glob("*.html"):
         page = file.read_text(encoding="utf-8")
