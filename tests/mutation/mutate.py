@@ -33,6 +33,7 @@ LIBRARY = expand(["Common/**/*.cpp", "protocol/*.cpp"])
 STREAM = ["protocol/Equal.cpp", "protocol/Stream.cpp"]
 SCAN = ["protocol/Scan.cpp"]
 CORE = [source for source in LIBRARY if source not in STREAM + SCAN]
+SETTINGS = "tests/support/Settings.cpp"
 SUPPORT = ["tests/plain/*.cpp", "tests/support/*.cpp"]
 WRONG_TABLES = "tests/wrong_tables.cpp"
 FOLDERS = ("Common", "protocol", "tests")
@@ -56,11 +57,11 @@ PROGRAMS = [
     Program("straight", ["tests/straight/*.cpp"], ["protocol/cs_relay_msg.cpp"]),
     Program("silent", ["tests/ndebug_test.cpp"], CORE, ["-DNDEBUG"]),
     Program("asserting", ["tests/assertion_test.cpp"], CORE),
-    Program("stream", ["tests/stream/[!S]*Test.cpp"], CORE + STREAM),
+    Program("stream", ["tests/stream/[!S]*Test.cpp", SETTINGS], CORE + STREAM),
     Program("generated", ["tests/generated/*.cpp"], CORE + SUPPORT),
     Program("memory", ["tests/memory/Guarded.cpp", "tests/memory/Oracle.cpp", "tests/memory/*_test.cpp"],
             CORE + SUPPORT),
-    Program("scan", ["tests/stream/ScanTest.cpp"], CORE + SCAN),
+    Program("scan", ["tests/stream/ScanTest.cpp", SETTINGS], CORE + SCAN),
     Program("indent", ["tests/indent_test.cpp"], CORE),
 ]  # fmt: skip
 HEADER = "tests/mutation/precompiled.h"
