@@ -35,7 +35,10 @@ protected:
     const std::vector<uint16_t> all = {1, 2, 3};
 
     auto note() {
-        return [this](const CSRelayMsg& each) { seen.push_back(each.stHead.wAsyncID); };
+        return [this](const CSRelayMsg& each) {
+            const uint16_t number = each.stHead.wAsyncID; // no reference to a packed field
+            seen.push_back(number);
+        };
     }
 };
 
