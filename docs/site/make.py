@@ -133,6 +133,9 @@ class Page:
             if line == "<!-- programs -->":
                 yield from self.programs(pages, sources)
                 continue
+            if re.fullmatch(r"</?details>.*", line): # Doxygen's own would leave out the table in it
+                yield f"\n@htmlonly[block]\n{line}\n@endhtmlonly\n"
+                continue
             line = re.sub(r'<a id="(\w+)"></a>', rf"@anchor {self.name}-\1 ", line)
             line = IMAGE.sub(lambda image: f"![{image[1]}]({os.path.basename(image[2])})", line)
             yield CODE_OR_LINK.sub(lambda found: self.link(pages, sources, found[1], found[2]) if found[2] else found[0], line)
