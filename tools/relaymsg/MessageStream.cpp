@@ -70,7 +70,8 @@ void MessageStream::await(size_t size) {
 }
 
 void MessageStream::fill() {
-    if (CAPACITY - at_ <= LOOKAHEAD || at_ == end_) {
+    // A little is moved at once: the same memory again is still in the processor's cache.
+    if (CAPACITY - at_ <= LOOKAHEAD || unread() <= READ_SIZE / 16) {
         std::memmove(buffer_.get(), at(), unread());
         end_ -= at_;
         at_ = 0;

@@ -74,8 +74,9 @@ Total& Statistics::totalOf(uint32_t user) {
 Total Statistics::all() const {
     Total all;
     for (const Command& command : commands_) {
-        all.messages += command.total.messages;
-        all.bytes += command.total.bytes;
+        const Total total = command.total();
+        all.messages += total.messages;
+        all.bytes += total.bytes;
     }
     return all;
 }
@@ -89,7 +90,8 @@ std::string Statistics::table() const {
                               "min", "median", "p99", "max");
     text += times_.count == 0 ? "\n" : format(" %10s\n", "a second");
     for (size_t id = 0; id < commands_.size(); ++id) {
-        const auto& [total, sizes] = commands_[id];
+        const Total total = commands_[id].total();
+        const Histogram& sizes = commands_[id].sizes;
         if (total.messages != 0) {
             const uint64_t part = share(total.bytes, all.bytes);
             text += format("%-24s %12llu %16llu %4llu.%02llu%% %8u %8u %8u %8u", nameOf(id).c_str(),
@@ -122,7 +124,8 @@ std::string Statistics::json() const {
     std::string text = '{' + totalJson(all) + ",\"commands\":[";
     const char* comma = "";
     for (size_t id = 0; id < commands_.size(); ++id) {
-        const auto& [total, sizes] = commands_[id];
+        const Total total = commands_[id].total();
+        const Histogram& sizes = commands_[id].sizes;
         if (total.messages != 0) {
             const uint64_t part = share(total.bytes, all.bytes);
             text +=

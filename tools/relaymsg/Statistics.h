@@ -30,7 +30,7 @@ public:
     explicit Statistics(size_t mostUsers) : mostUsers_(mostUsers) {}
 
     void add(uint8_t command, uint32_t user, size_t size) {
-        commands_[command].total.add(size);
+        commands_[command].bytes += size;
         commands_[command].sizes.add(static_cast<uint32_t>(size));
         Recent& recent = recent_[user % recent_.size()];
         if (recent.total == nullptr || recent.user != user) {
@@ -50,8 +50,10 @@ public:
 
 private:
     struct Command {
-        Total total;
+        uint64_t bytes = 0;
         Histogram sizes;
+
+        Total total() const { return {sizes.count(), bytes}; }
     };
 
     /// The total of a user that was looked up before: a look-up costs more than all the rest.
