@@ -26,9 +26,9 @@ public:
 
     uint64_t count() const { return std::accumulate(small_.begin(), small_.end(), largeCount_); }
     uint32_t least() const {
-        const auto first = std::find_if(small_.begin(), small_.end(), isUsed);
-        return first != small_.end() ? static_cast<uint32_t>(first - small_.begin())
-                                     : std::min(least_, most_);
+        const uint64_t* const end = small_.data() + small_.size();
+        const uint64_t* const first = std::find_if(small_.data(), end, isUsed);
+        return first != end ? static_cast<uint32_t>(first - small_.data()) : std::min(least_, most_);
     }
     uint32_t most() const {
         const auto last = std::find_if(small_.rbegin(), small_.rend(), isUsed);
