@@ -1,0 +1,1 @@
+"""What scripts/bench does: measure, count, judge and report."""
