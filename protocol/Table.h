@@ -144,7 +144,9 @@ constexpr bool tiles(Span<Field> fields, size_t size) {
     return end == size;
 }
 
-/// Whether bytes and record arrays, and they alone, have a count field, an unsigned integer before them.
+/// Whether bytes and record arrays, and they alone, have a count field, an unsigned integer right before
+/// them: so who takes a message byte by byte knows at once when the count is too large, and remembers no
+/// integer but the last.
 constexpr bool countsAgree(Span<Field> fields) {
     for (const Field& field : fields) {
         if ((field.kind == Kind::Bytes || field.kind == Kind::RecordArray) != (field.countField >= 0)) {
@@ -229,8 +231,7 @@ constexpr Type describe(Span<Command> members = {nullptr, 0}) {
                       std::is_trivially_default_constructible_v<T> && alignof(T) == 1,
                   "a record is a plain packed struct");
     static_assert(tiles(fields, sizeof(T)), "a field is missing, doubled or out of order in the table");
-    static_assert(countsAgree(fields),
-                  "bytes and record arrays have a count field, earlier in the same record");
+    static_assert(countsAgree(fields), "bytes and record arrays stand right behind their count field");
     static_assert(gatesAgree(fields), "only integers can be added in a later version");
     static_assert(namesTellTypes(fields), "a field's prefix does not agree with its type");
     return {Table<T>::name,
@@ -289,16 +290,14 @@ constexpr Line line(const char* name, const char (&label)[LabelSize], size_t off
     return {field, countOffset};
 }
 
-/// The fields of the lines, with the count fields found by their place.
+/// The fields of the lines, each array with its count field if that is the line before.
 template <class... Lines>
 constexpr std::array<Field, sizeof...(Lines)> makeFields(Lines... line) {
     std::array<Field, sizeof...(Lines)> fields{line.field...};
     const size_t countOffsets[] = {line.countOffset...};
-    for (size_t i = 0; i < fields.size(); ++i) {
-        for (size_t count = 0; count < i; ++count) {
-            if (fields[count].offset == countOffsets[i]) {
-                fields[i].countField = static_cast<int16_t>(count);
-            }
+    for (size_t i = 1; i < fields.size(); ++i) {
+        if (fields[i - 1].offset == countOffsets[i]) {
+            fields[i].countField = static_cast<int16_t>(i - 1);
         }
     }
     return fields;

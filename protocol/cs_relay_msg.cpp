@@ -264,18 +264,6 @@ constexpr size_t depth(const Type& type) {
 }
 static_assert(depth(typeOf<CSRelayMsg>) == schema::MAX_DEPTH, "MAX_DEPTH is not what the tables say");
 
-/// Whether each array stands right behind its count, so that who takes a message byte by byte knows at once
-/// when the count is too large, and remembers no integer but the last.
-constexpr bool countsAdjoin(const Type& type) {
-    for (size_t i = 0; i < type.fieldCount; ++i) {
-        const int count = type.fields[i].countField;
-        if (count >= 0 && static_cast<size_t>(count) + 1 != i) {
-            return false;
-        }
-    }
-    return true;
-}
-
 static_assert(offsetof(CSRelayMsg, stHead) == 0 &&
                   offsetof(CSRelayMsgHead, bVersion) == schema::VERSION_BYTE &&
                   offsetof(CSRelayMsgHead, bCmdId) == schema::COMMAND_BYTE,
@@ -287,7 +275,6 @@ struct List {
 
     static_assert(((wireSize(typeOf<Records>, 0, MEMBERS).max == Records::maxWireSize) && ...),
                   "a maxWireSize in the header is not what the tables say");
-    static_assert((countsAdjoin(typeOf<Records>) && ...), "an array does not stand right behind its count");
 };
 
 /// Every record type; a record stands behind those that it contains.

@@ -91,6 +91,38 @@ TEST(Versions, InputAtCutOff1LeavesTheRepeatCountOut) {
     EXPECT_EQ(packed(*input, 5).bytes.back(), 9);
 }
 
+TEST(Versions, WithoutACutOffTheCurrentVersionIsMeant) {
+    auto body = filled<CSRelayMsgBody>('\0');
+    body->construct(cmd::stRelayInputing);
+    CSRelayInput& input = body->stRelayInputing;
+    const schema::Type& type = schema::typeOf<CSRelayInput>();
+    char memory[30];
+    size_t used = 0;
+    EXPECT_EQ(input.pack(memory, sizeof(memory), &used), 0);
+    EXPECT_EQ(used, 10u);
+    EXPECT_EQ(body->pack(cmd::stRelayInputing, memory, sizeof(memory), &used), 0);
+    EXPECT_EQ(used, 10u);
+    Korvan::BixWriteBuf out(memory, sizeof(memory));
+    EXPECT_EQ(input.pack(out), 0);
+    EXPECT_EQ(out.getUsedSize(), 10u);
+    EXPECT_EQ(body->pack(cmd::stRelayInputing, out), 0);
+    EXPECT_EQ(out.getUsedSize(), 20u);
+    EXPECT_EQ(type.pack(&input, out), 0);
+    EXPECT_EQ(out.getUsedSize(), 30u);
+
+    EXPECT_EQ(input.unpack(memory, sizeof(memory), &used), 0);
+    EXPECT_EQ(used, 10u);
+    EXPECT_EQ(body->unpack(cmd::stRelayInputing, memory, sizeof(memory), &used), 0);
+    EXPECT_EQ(used, 10u);
+    Korvan::BixReadBuf in(memory, sizeof(memory));
+    EXPECT_EQ(input.unpack(in), 0);
+    EXPECT_EQ(in.getUsedSize(), 10u);
+    EXPECT_EQ(body->unpack(cmd::stRelayInputing, in), 0);
+    EXPECT_EQ(in.getUsedSize(), 20u);
+    EXPECT_EQ(type.unpack(&input, in), 0);
+    EXPECT_EQ(in.getUsedSize(), 30u);
+}
+
 TEST(Versions, InputReadAtVersion1HasRepeatCount1WhateverItHeld) {
     auto input = constructed<CSRelayInput>();
     input->bRepeatCount = 9;

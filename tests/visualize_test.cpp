@@ -209,6 +209,8 @@ TEST(VisualizeEx, OverAWriteBufferTheTextStartsAtTheBuffersStart) {
     EXPECT_EQ(stop->visualize_ex(buffer, 0, ';'), memory.data());
     EXPECT_STREQ(memory.c_str(), "stop: [dwReserve]: 0;");
     EXPECT_EQ(buffer.getUsedSize(), 21u);
+    stop->visualize_ex(buffer);
+    EXPECT_STREQ(memory.c_str(), "stop: [dwReserve]: 0;[dwReserve]: 0\n");
 }
 
 TEST(VisualizeEx, OverAFullWriteBufferTheLastByteBecomesTheNul) {

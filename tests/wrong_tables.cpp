@@ -45,6 +45,8 @@ SAMPLE(uint32_t dwFirst; uint32_t dwSecond;, FIELD(dwSecond), FIELD(dwFirst))
 // ---- An array and its count ----
 #elif defined(WRONG_COUNT_LATER)
 SAMPLE(uint8_t szBytes[8]; uint8_t bCount;, COUNTED(szBytes, bCount), FIELD(bCount))
+#elif defined(WRONG_COUNT_APART)
+SAMPLE(uint8_t bCount; uint8_t bOther; uint8_t szBytes[8];, FIELD(bCount), FIELD(bOther), COUNTED(szBytes, bCount))
 #elif defined(WRONG_COUNT_SIGNED)
 SAMPLE(int32_t iCount; uint8_t szBytes[8];, FIELD(iCount), COUNTED(szBytes, iCount))
 #elif defined(WRONG_COUNT_NO_INTEGER)

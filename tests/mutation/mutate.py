@@ -161,6 +161,12 @@ class Tree:
         return f"{program.name}: {failed.group(1).decode() if failed else done.returncode}"
 
 
+def failed_assertions(errors):
+    """What the static assertions say that clang reports."""
+    reported = r"static assertion failed(?: due to requirement '[^\n]*')?: ([^\n]*)"
+    return sorted(set(re.findall(reported, errors)))
+
+
 def wrong_tables(tree, pool=None):
     """What the compiler says of each table that is wrong on purpose."""
     words = sorted(set(re.findall(r"\bWRONG_\w+", (tree.place / WRONG_TABLES).read_text())))
@@ -170,7 +176,7 @@ def wrong_tables(tree, pool=None):
             [COMPILER, *FLAGS, "-fsyntax-only", f"-D{word}", WRONG_TABLES],
             cwd=tree.place, capture_output=True, text=True, check=False,
         )  # fmt: skip
-        return word, sorted(set(re.findall(r"static assertion failed[^:\n]*: ([^\n]*)", done.stderr)))
+        return word, failed_assertions(done.stderr)
 
     return (pool.map if pool else map)(said, words)
 

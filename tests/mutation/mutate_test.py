@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""Which mutants are found in a text, and how they are named."""
+"""Which mutants are found in a text, how they are named, and what is read of the compiler's errors."""
 
 import unittest
 
 from mutants import mutants
+from mutate import failed_assertions
 
 
 def found(source):
@@ -13,6 +14,16 @@ def found(source):
 def inside(statement):
     """The mutants of one statement in a function."""
     return [after for _, after in found(f"void f() {{\n    {statement}\n}}\n")]
+
+
+class Errors(unittest.TestCase):
+    def test_static_assertions(self):
+        errors = (
+            "a.h:2:19: error: static assertion failed due to requirement 'tiles(f, sizeof(n::T))': a field: is missing\n"
+            "    static_assert(tiles(f, sizeof(T)), \"a field is missing\");\n"
+            "a.h:9:1: error: static assertion failed: an array\n"
+        )
+        self.assertEqual(failed_assertions(errors), ["a field: is missing", "an array"])
 
 
 class Mutants(unittest.TestCase):
