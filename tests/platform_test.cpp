@@ -11,7 +11,7 @@ TEST(Platform, HasTheByteOrder) {
     const uint16_t one = 1;
     char first = 0;
     std::memcpy(&first, &one, 1);
-    EXPECT_EQ(first == 0, BIG_ENDIAN != 0);
+    EXPECT_EQ(first == 0, IS_BIG_ENDIAN != 0);
 }
 
 TEST(Platform, HasTheWidths) {

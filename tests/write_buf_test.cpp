@@ -272,8 +272,11 @@ TEST(WriteBuf, EmptyTextNeedsRoomForItsNul) {
 TEST(WriteBuf, FormatterErrorIsAFailure) {
     char memory[32];
     BixWriteBuf buf(memory, sizeof(memory));
-    // A wide character that the "C" locale cannot express.
-    EXPECT_EQ(buf.textize("%lc", static_cast<wint_t>(0x10ffff)), OVERFLOW_);
+    const auto inexpressible = static_cast<wint_t>(0x10ffff); // in the "C" locale
+    if (std::snprintf(memory, sizeof(memory), "%lc", inexpressible) >= 0) {
+        GTEST_SKIP() << "Windows refuses no format";
+    }
+    EXPECT_EQ(buf.textize("%lc", inexpressible), OVERFLOW_);
     EXPECT_EQ(buf.getUsedSize(), 0u);
 }
 
