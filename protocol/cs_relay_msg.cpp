@@ -251,7 +251,7 @@ constexpr uint32_t BODY_VERSION = latestVersion(MEMBERS);
 constexpr size_t depth(const Type& type) {
     size_t deepest = 0;
     for (const Field& field : type) {
-        if (field.type != nullptr) {
+        if (holdsRecords(field)) {
             deepest = std::max(deepest, depth(*field.type));
         }
         if (field.kind == Kind::Union) {
