@@ -1,4 +1,5 @@
 // Rendering: indentation of nested records, separators, truncation, unterminated strings, and visualize_ex.
+#include "protocol/Schema.h"
 #include "protocol/cs_relay_msg.h"
 #include "tests/Bytes.h"
 
@@ -160,6 +161,21 @@ TEST(Visualize, LineThatDoesNotFitEndsTheOperationAtOnce) {
     EXPECT_EQ(sync->visualize(memory.data(), 25, &used), -1);
     EXPECT_EQ(used, 20u);
     EXPECT_EQ(Bytes(memory.substr(0, 26)), Bytes(std::string("[dwFrameIdBegin]: 0\n[dwF\0#", 26)));
+}
+
+TEST(Visualize, NeedsNoIndentationAndNoSeparator) {
+    auto stop = constructed<CSRelayMsgStopReq>();
+    char memory[16];
+    EXPECT_EQ(stop->visualize(memory, sizeof(memory)), 0);
+    EXPECT_STREQ(memory, "[dwReserve]: 0\n");
+    memory[0] = '\0';
+    Korvan::BixWriteBuf byMember(memory, sizeof(memory));
+    EXPECT_EQ(stop->visualize(byMember), 0);
+    EXPECT_STREQ(memory, "[dwReserve]: 0\n");
+    memory[0] = '\0';
+    Korvan::BixWriteBuf byType(memory, sizeof(memory));
+    EXPECT_EQ(schema::typeOf<CSRelayMsgStopReq>().visualize(stop.get(), byType), 0);
+    EXPECT_STREQ(memory, "[dwReserve]: 0\n");
 }
 
 // ---- visualize_ex ----

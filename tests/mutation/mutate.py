@@ -71,10 +71,10 @@ class Failure(Exception):
     """Something is wrong, but not with the tests of a mutant."""
 
 
-def limits(seconds):
+def limits(seconds, gibibytes=1):
     def apply():
         resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 1))  # the same on a busy machine
-        resource.setrlimit(resource.RLIMIT_DATA, (1 << 30, 1 << 30))
+        resource.setrlimit(resource.RLIMIT_DATA, (gibibytes << 30, gibibytes << 30))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
     return apply
@@ -130,7 +130,10 @@ class Tree:
             command += ["-O0"]
             if not flags:
                 command += ["-include-pch", str((self.base or self).place / "precompiled.pch")]
-        return subprocess.run(command, cwd=self.place, capture_output=True, check=False)
+        # Some mutants keep the compiler busy without an end.
+        return subprocess.run(
+            command, cwd=self.place, capture_output=True, preexec_fn=limits(100, gibibytes=3), check=False
+        )
 
     def link(self, program, changed):
         objects = []

@@ -275,6 +275,23 @@ TEST(Message, PutsItsVersionIntoByte8) {
     }
 }
 
+TEST(Message, WithoutACutOffHasTheCurrentVersion) {
+    CSRelayMsgHead head{};
+    head.bCmdId = cmd::stCSRelayMsgHeartBeatReq;
+    const CSRelayMsgHeartBeatReq member{};
+    char wire[16];
+    ASSERT_EQ(packMessage(head, member, wire, sizeof(wire)), BIX_OK);
+    EXPECT_EQ(wire[8], 3);
+    wire[8] = 0;
+    Korvan::BixWriteBuf byTemplate(wire, sizeof(wire));
+    ASSERT_EQ(packMessage(head, member, byTemplate), BIX_OK);
+    EXPECT_EQ(wire[8], 3);
+    wire[8] = 0;
+    Korvan::BixWriteBuf byType(wire, sizeof(wire));
+    ASSERT_EQ(packMessage(head, schema::typeOf<CSRelayMsgHeartBeatReq>(), &member, byType), BIX_OK);
+    EXPECT_EQ(wire[8], 3);
+}
+
 TEST(Message, HeadTellsVersionCommandAndIds) {
     const char wire[] = "\x00\x00\x03\xe9\x00\x00\x00\x07\x02\x01\x02\xb8 and more";
     CSRelayMsgHead head{};
