@@ -63,6 +63,7 @@ constexpr size_t digitsOf(T value) {
     }
     return digits + (value >= 10);
 }
+static_assert(digitsOf(UINT64_MAX) == MAX_DIGITS, "MAX_DIGITS is not what the largest value has");
 
 /// Stores text that is known to fit.
 struct Straight {
