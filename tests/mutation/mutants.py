@@ -8,7 +8,7 @@ behaviour.
 import collections
 import re
 
-Mutant = collections.namedtuple("Mutant", "file line start end new before after")
+Mutant = collections.namedtuple("Mutant", "file line start end new before after name")
 
 SWAPS = {
     "<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"], "==": ["!="], "!=": ["=="],
@@ -111,5 +111,16 @@ def mutants(file, source):
         key = (first, before, after)
         if before != after and key not in seen:
             seen.add(key)
-            found.append(Mutant(file, source.count("\n", 0, first) + 1, start, end, new, before, after))
-    return sorted(found)
+            line = source.count("\n", 0, first) + 1
+            found.append(Mutant(file, line, start, end, new, before, after, f"{before} -> {after}"))
+    return numbered(sorted(found))
+
+
+def numbered(found):
+    """The same with names that are of one mutant each: those that several have get a number behind."""
+    alike = collections.Counter(mutant.name for mutant in found)
+    so_far = collections.Counter()
+    for mutant in found:
+        so_far[mutant.name] += 1
+        number = f" #{so_far[mutant.name]}" if alike[mutant.name] > 1 else ""
+        yield mutant._replace(name=mutant.name + number)

@@ -267,14 +267,13 @@ def find_mutants(files):
 
 
 def listed(path):
-    """(file, before, after) of each mutant that is known to change nothing."""
+    """(file, name) of each mutant that is known to change nothing."""
     known = set()
     for entry in tomllib.loads(path.read_text()).get("equivalent", []):
         if not entry["why"].strip():
             raise Failure(f"{path}: a mutant without a reason")
         for line in entry["mutants"].strip().splitlines():
-            before, after = line.split(" -> ")
-            known.add((entry["file"], before.strip(), after.strip()))
+            known.add((entry["file"], line))
     return known
 
 
@@ -283,6 +282,7 @@ def main():
     arguments.add_argument("seconds", nargs="?", type=int, default=0, help="stop after so long; 0: when all are done")
     arguments.add_argument("--seed", type=int, default=20261121, help="which mutants come first")
     arguments.add_argument("--file", action="append", default=[], help="only these files, by the end of their path")
+    arguments.add_argument("--listed", action="store_true", help="only those of which it is known that they change nothing")
     arguments.add_argument("--jobs", type=int, default=os.cpu_count())
     arguments.add_argument("--log", type=pathlib.Path, help="write the outcome of every mutant to this file")
     arguments.add_argument("--folder", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
@@ -290,10 +290,10 @@ def main():
 
     known = listed(ROOT / "tests/mutation/equivalent.toml")
     everything = find_mutants([])
-    missing = known - {(m.file, m.before, m.after) for m in everything}
-    for file, before, after in sorted(missing):
-        print(f"{file}: listed, but there is no such mutant: {before} -> {after}")
-    chosen = find_mutants(arguments.file)
+    missing = known - {(m.file, m.name) for m in everything}
+    for file, name in sorted(missing):
+        print(f"{file}: listed, but there is no such mutant: {name}")
+    chosen = [m for m in find_mutants(arguments.file) if not arguments.listed or (m.file, m.name) in known]
     random.Random(arguments.seed).shuffle(chosen)
 
     print(f"{len(chosen)} mutants, of {len(everything)} in all; building the tests", file=sys.stderr)
@@ -311,11 +311,11 @@ def main():
             if (done := future.result()) is None:
                 continue
             mutant, verdict, by = done
-            shown = f"{mutant.file}:{mutant.line}: {mutant.before} -> {mutant.after}"
+            shown = f"{mutant.file}:{mutant.line}: {mutant.name}"
             if log:
                 print(f"{verdict}\t{by}\t{shown}", file=log, flush=True)
             counts["tried"] += 1
-            if (mutant.file, mutant.before, mutant.after) in known:
+            if (mutant.file, mutant.name) in known:
                 if verdict == "survived":
                     verdict = "listed"
                 else:
@@ -327,7 +327,7 @@ def main():
     for line in wrong:
         print(line)
     rest = counts["killed"] + counts["survived"]
-    share = 100 * counts["killed"] / rest if rest else 0.0
+    share = 100 * counts["killed"] / rest if rest else 100.0
     print(
         f"{counts['tried']} of {len(chosen)} mutants tried, seed {arguments.seed}: "
         f"{counts['uncompiled']} do not compile, {counts['listed']} listed as changing nothing; "

@@ -76,6 +76,10 @@ class Mutants(unittest.TestCase):
         source = "int a = 1; // one\n"
         self.assertEqual(found(source), found("\n\n    " + source.replace("one", "two")))
 
+    def test_names_are_of_one_mutant_each(self):
+        names = [m.name for m in mutants("file", "int a = 0;\nint b = 0;\nint a = 0;\n")]
+        self.assertEqual(names, ["int a = 0; -> int a = 1; #1", "int b = 0; -> int b = 1;", "int a = 0; -> int a = 1; #2"])
+
     def test_statement_of_several_lines_is_one(self):
         self.assertIn(("call(a, b);", ";"), found("void f() {\n    call(a,\n         b);\n}\n"))
 
