@@ -299,7 +299,7 @@ constexpr Line line(const char* name, const char (&label)[LabelSize], size_t off
 template <class... Lines>
 constexpr std::array<Field, sizeof...(Lines)> makeFields(Lines... line) {
     std::array<Field, sizeof...(Lines)> fields{line.field...};
-    const size_t countOffsets[] = {line.countOffset...};
+    const std::array<size_t, sizeof...(Lines)> countOffsets{line.countOffset...};
     for (size_t i = 1; i < fields.size(); ++i) {
         if (fields[i - 1].offset == countOffsets[i]) {
             fields[i].countField = static_cast<int16_t>(i - 1);
