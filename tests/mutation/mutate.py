@@ -333,7 +333,7 @@ def main():
         f"{counts['uncompiled']} do not compile, {counts['listed']} listed as changing nothing; "
         f"of the other {rest}, {counts['killed']} killed, {counts['survived']} survived ({share:.1f}% killed)"
     )
-    return 1 if missing or wrong or share < 97 else 0
+    return 1 if missing or wrong or share < 97 or not counts["tried"] else 0
 
 
 if __name__ == "__main__":
